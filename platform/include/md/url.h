@@ -1,0 +1,140 @@
+#pragma once
+
+/// @file
+/// The URL layer: opening a source of bytes by its URI, and reading it.
+///
+/// @code
+///   boost::shared_ptr<MdchUrlBase> url;
+///   MdchOpenParams params = {};
+///   if (mdch_OpenUrl("file:///music/a.mp3", 0, params, url) == 0) {
+///     unsigned char bytes[512];
+///     unsigned int got = 0;
+///     url->read(bytes, sizeof bytes, got);
+///   }
+/// @endcode
+
+#include <boost/shared_ptr.hpp>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+
+#include "md/export.h"
+
+/// What a source has cost since it was opened.
+struct UrlCost {
+  unsigned long long bytes = 0;  ///< payload bytes taken from the file or received from the network
+  unsigned int reads = 0;        ///< read calls made on the file or connection for them
+  unsigned int requests = 0;     ///< network requests; 0 for local sources
+};
+
+/// One opened source of bytes.
+///
+/// The contract, for every implementation:
+///  - A source has one position, 0 after opening. `read` moves it, `seek` sets it.
+///  - `read` may deliver fewer bytes than asked for at any time. Status 0 with 0 bytes means the end of the
+///    stream, now and on every further call, until a `seek` back. Asking for 0 bytes delivers 0 bytes.
+///  - A failing `read` may have delivered bytes before the failure: `bytesRead` counts them, they are good, and
+///    the position is behind them.
+///  - `seek` is refused by a source that cannot seek; the position stays. Seeking to or beyond the end is
+///    allowed, the next `read` meets the end.
+///  - Every failure is a negative number. An out-parameter of a failed call, `bytesRead` excepted, is untouched.
+///  - A source is used by one thread at a time. Destruction closes it.
+class MD_API MdchUrlBase {
+ public:
+  virtual ~MdchUrlBase() = default;
+
+  /// Reads at the current position.
+  /// @param buffer receives up to `length` bytes
+  /// @param bytesRead number of bytes delivered, also on failure
+  virtual int read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) = 0;
+
+  /// Sets the position to `offset` bytes from the start of the stream. Costs no I/O; a failure to get there may
+  /// show only in the next `read`.
+  virtual int seek(long long offset) = 0;
+
+  /// Tells the position in bytes from the start of the stream.
+  virtual int tell(long long& offset) = 0;
+
+  /// Tells the length of the stream in bytes; fails when it is not known (live streams, pipes).
+  virtual int size(long long& bytes) = 0;
+
+  /// Tells whether `seek` can work.
+  virtual int getSeekable(bool& seekable) = 0;
+
+  /// What this source has cost so far; all zero for a source that does not count.
+  virtual UrlCost cost() const { return UrlCost(); }
+};
+
+/// How to open a source. Nine words on a 32-bit machine; texts are C strings, null meaning "not given".
+///
+/// On the host the texts are: `text0` user agent, `text1` path of a CA bundle, `text2` proxy, `text3` extra
+/// request header lines separated by line feeds, `text4` time limits
+/// ("connect=SECONDS;stall=SECONDS;total=SECONDS", each optional; 10, 15 and none when not given).
+struct MdchOpenParams {
+  const char* text0;
+  uint32_t mode;  ///< open mode bits 0 to 5; the host gives them no meaning
+  uint32_t reserved0;
+  const char* text1;
+  const char* text2;
+  const char* text3;
+  const char* text4;
+  uint32_t reserved1;
+  uint32_t reserved2;
+};
+static_assert(sizeof(void*) != 4 || sizeof(MdchOpenParams) == 9 * 4, "nine 32-bit words");
+
+/// Opens a source.
+///
+/// The opener is picked by the scheme of the URI, upper and lower case alike; a text without a scheme or with a
+/// leading "/" is the path of a local file. An opener registered by `md::registerUrlScheme` wins over a
+/// built-in one ("file", "vdr2", "http", "https" on the host).
+///
+/// @param uri NUL-terminated; never null
+/// @param params see MdchOpenParams
+/// @param url receives the source on 0 and on 154, and is left alone otherwise
+/// @return
+///   | code | meaning |
+///   | --- | --- |
+///   | 0 | open |
+///   | 2 | no such file or directory; HTTP 404 and 410 |
+///   | 11 | the source is busy, try later; HTTP 429 and 503 |
+///   | 13 | permission denied; HTTP 401 and 403 |
+///   | 22 | not a usable URI, or an option text that cannot be understood |
+///   | 93 | no opener for this scheme |
+///   | 150 | the host name does not resolve |
+///   | 151 | connection refused or unreachable |
+///   | 152 | TLS failure, an untrusted certificate included |
+///   | 153 | any other HTTP 4xx, a response that is not HTTP |
+///   | 154 | HTTP redirect (301, 302, 303, 307, 308): `url` is set and holds the header; it is not followed |
+///   | 155 | any other HTTP 5xx |
+///   | 156 | a time limit ran out |
+MD_API int mdch_OpenUrl(const char* uri, int, const MdchOpenParams& params, boost::shared_ptr<MdchUrlBase>& url);
+
+namespace md {
+
+/// A source that was opened by HTTP and has a response header.
+class MD_API HttpAccess : public MdchUrlBase {
+ public:
+  /// Replaces `lines` by the header lines of the last response: the status line first, line ends kept.
+  /// On failure `lines` is untouched.
+  virtual int getHeaderList(std::deque<std::string>& lines) = 0;
+};
+
+/// Repairs a URL of the schemes http, https, mms, mmsh, rtsp and rtp (in any case, followed by "://"): blanks,
+/// tabs and line ends at both ends go, scheme and host become lower case, and in path, query and fragment every
+/// byte that RFC 3986 does not let stand there is escaped with upper-case digits. Any other input, and every
+/// well-formed URL, comes back byte for byte. Total and idempotent.
+MD_API std::string urlPatch(const std::string& url);
+
+/// Opens a URI for `mdch_OpenUrl`, with the same arguments and results.
+using UrlOpener =
+    std::function<int(const std::string& uri, const MdchOpenParams& params, boost::shared_ptr<MdchUrlBase>& url)>;
+
+/// Registers the opener of a scheme, replacing the one registered before. May be called from any thread, also
+/// from an opener; a call of the previous opener that is under way runs to its end.
+/// @param scheme without the colon, upper and lower case alike
+/// @param opener an empty function unregisters; a built-in opener shows again then
+MD_API void registerUrlScheme(const std::string& scheme, UrlOpener opener);
+
+}  // namespace md

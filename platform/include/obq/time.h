@@ -1,0 +1,9 @@
+#pragma once
+
+#include <cstdint>
+
+/// A span of time: `seconds` whole seconds plus `microseconds` (0 to 999999).
+struct _obqOsalTime_struct {
+  int64_t seconds;
+  int32_t microseconds;
+};

@@ -1,0 +1,133 @@
+#pragma once
+
+/// @file
+/// Media access: one opened source with a cache of its bytes, as analyzers and players use it.
+///
+/// @code
+///   zu::md::common::strell::Strell strell;
+///   strell.attach(url);                               // from mdch_OpenUrl
+///   unsigned char* header = nullptr;
+///   if (strell.readDataCache(10, header) == 0) { ... } // the first ten bytes; the read position stays at 0
+/// @endcode
+///
+/// There are two independent positions. The **cache offset** (`setDataCacheOffset`, `readDataCache`) looks at
+/// cached bytes; the **read position** (`seek`, `tell`, `readData`) plays the stream. Only `seek` sets both.
+///
+/// Offsets are absolute stream offsets throughout. Two regions can hold cached bytes:
+///  - the **head**, stream bytes [0, H), kept as long as the object lives. H is 65536 for a source that can seek
+///    and 1048576 for one that cannot;
+///  - the **seek region**, the 65536 bytes from the position of the last successful `seek`, dropped by the next.
+/// Both are filled on demand, in growing steps from 4096 bytes, and end early at the end of the stream. A source
+/// error while filling counts as the end of the region: the bytes before it are usable, and the error is met
+/// again by the next fill.
+///
+/// ICY metadata: when a response header line begins with "icy-metaint" and gives a number above 0, the metadata
+/// blocks are taken out of the stream. All offsets then count audio bytes only, and each block that holds text
+/// is handed out by the `readData` that passes its place. Such a stream cannot seek.
+///
+/// Every operation returns 0 on success and a negative code on failure: one of the constants below or the
+/// source's own code. Before `attach` every operation fails with `NOT_ATTACHED`. An object is used by one thread
+/// at a time; its destruction releases the source.
+
+#include <array>
+#include <boost/scoped_ptr.hpp>
+#include <boost/shared_ptr.hpp>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "md/export.h"
+#include "md/url.h"
+
+namespace zu::md::common::strell {
+
+/// What to open and how.
+struct OpenParams {
+  std::string uri;                     ///< path, file:, vdr2://, http://, https:// or a registered scheme
+  uint32_t openFlags = 0;              ///< bits 0 to 5 are handed to the URL layer as its open mode
+  std::array<std::string, 5> options;  ///< handed to the URL layer as texts 0 to 4; empty means not given
+};
+
+/// One ICY metadata block.
+struct IcyData {
+  long long offset;  ///< audio bytes before the block
+  std::string text;  ///< its text without the NUL padding
+};
+
+/// Failures of Strell itself. Failures of the source are passed on as they are.
+enum Error : int {
+  NOT_ATTACHED = -1001,       ///< no source attached
+  NO_SOURCE = -1002,          ///< attach was given an empty pointer
+  NOT_CACHED = -1003,         ///< the bytes do not lie in one region of the cache
+  OFFSET_NOT_CACHED = -1004,  ///< the cache offset was moved to where no region is
+  END_OF_STREAM = -1005,      ///< a read that starts at the end of the stream
+  NOT_SEEKABLE = -1006,       ///< the source cannot seek, or its size is unknown
+  OUT_OF_RANGE = -1007,       ///< a seek before the start or beyond the end of the stream
+  NO_HEADER = -1008,          ///< the source has no response header
+  SOURCE_BROKEN = -1009,      ///< the source broke its contract (a failure that is not negative, more bytes than asked)
+};
+
+class MD_API Strell {
+ public:
+  Strell();
+  ~Strell();
+  Strell(const Strell&) = delete;
+  Strell& operator=(const Strell&) = delete;
+
+  /// Takes an opened source, asks whether it can seek and reads its header lines for ICY.
+  /// A source whose `getSeekable` fails counts as one that cannot seek.
+  /// @return `NO_SOURCE` for an empty pointer, else 0
+  int attach(boost::shared_ptr<MdchUrlBase> url);
+
+  /// Delivers `length` bytes at the cache offset and moves the offset behind them.
+  /// @param data receives a pointer that is good until the next call on this object; null on failure. For length
+  ///        0 at a valid offset it is not null.
+  /// @return `NOT_CACHED` when the bytes do not all lie in one region; the cache offset stays then
+  int readDataCache(unsigned int length, unsigned char*& data);
+
+  /// Shows the bytes at the cache offset that are at hand without asking the source. The offset stays. A platform
+  /// that cannot tell may always show none; callers then go through `readDataCache`.
+  /// @param length number of bytes shown, 0 when there are none at hand
+  /// @return pointer to them, good until the next call on this object; null when `length` is 0
+  const unsigned char* peekDataCache(unsigned int& length);
+
+  /// The cache offset, in bytes from the start of the stream.
+  unsigned int getDataCacheOffset();
+
+  /// Moves the cache offset, always. Succeeds when `offset` lies in the head or the seek region or at the end of
+  /// one; otherwise fails, and so does every `readDataCache` until the offset is moved again.
+  int setDataCacheOffset(unsigned int offset);
+
+  /// Reads `length` bytes at the read position, waiting until they are there, the stream ends or an error comes.
+  /// @param bytesRead bytes delivered, also on failure; fewer than `length` with status 0 only at the end
+  /// @param icy receives, appended, the metadata blocks that were passed
+  /// @return `END_OF_STREAM` for a call at the end; the source's error after the bytes that came before it
+  int readData(unsigned char* buffer, unsigned int length, unsigned int& bytesRead, std::vector<IcyData>& icy);
+
+  /// The read position: 0 after `attach`. Does not ask the source.
+  int tell(long long& offset);
+
+  /// Moves the read position to `offset` (0 to size), starts an empty seek region there and moves the cache
+  /// offset there too when it fits 32 bits. A failed call changes nothing.
+  /// @return `NOT_SEEKABLE`, `OUT_OF_RANGE` or the source's error
+  int seek(long long offset);
+
+  /// The source's size in bytes; fails when unknown.
+  int size(long long& bytes);
+
+  /// Whether the source can seek.
+  int getSeekable(bool& seekable);
+
+  /// Replaces `lines` by the HTTP response header; `NO_HEADER` when the source has none, `lines` untouched then.
+  int getHeaderList(std::deque<std::string>& lines);
+
+  /// What the attached source has cost so far; zeros before `attach`.
+  UrlCost cost() const;
+
+ private:
+  class Impl;
+  boost::scoped_ptr<Impl> impl_;
+};
+
+}  // namespace zu::md::common::strell
