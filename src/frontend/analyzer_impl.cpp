@@ -1,0 +1,114 @@
+#include "frontend/analyzer_impl.h"
+
+#include <boost/make_shared.hpp>
+#include <new>
+#include <string>
+
+#include "framework/log.h"
+#include "framework/status.h"
+#include "quorin/mime_types.h"
+
+namespace zu::md::common::quorin {
+
+namespace {
+
+constexpr uint32_t openModeBits = 0x3f;
+
+const char* textOrNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
+
+MdchOpenParams urlLayerParams(const strell::OpenParams& params) {
+  MdchOpenParams open = {};
+  open.text0 = textOrNull(params.options[0]);
+  open.mode = params.openFlags & openModeBits;
+  open.text1 = textOrNull(params.options[1]);
+  open.text2 = textOrNull(params.options[2]);
+  open.text3 = textOrNull(params.options[3]);
+  open.text4 = textOrNull(params.options[4]);
+  return open;
+}
+
+boost::shared_ptr<AnalyzeResult> makeResult() {
+  try {
+    return boost::make_shared<AnalyzeResult>();
+  } catch (const std::bad_alloc&) {
+    return boost::shared_ptr<AnalyzeResult>();
+  }
+}
+
+}  // namespace
+
+Analyzer::Impl::Impl(Mode_t mode) {
+  if ((mode & MODE_AUDIO) != 0) {  // formats come here
+  }
+}
+
+int Analyzer::Impl::analyze(strell::OpenParams const& params, boost::shared_ptr<AnalyzeResult>& result) {
+  if (params.uri.empty()) {
+    QUORIN_LOG(Error, "Analyzer::Impl::%s() empty URI.\n", __func__);
+    return STATUS_NO_ARGUMENT;
+  }
+  QUORIN_LOG(Info, "Analyzer::Impl::%s() analyze '%s'.\n", __func__, params.uri.c_str());
+  result = makeResult();
+  if (!result) {
+    QUORIN_LOG(Error, "Analyzer::Impl::%s() out of memory.\n", __func__);
+    return STATUS_NO_MEMORY;
+  }
+  boost::shared_ptr<MdchUrlBase> url;
+  if (const int status = open(params, url); status != STATUS_OK) {
+    QUORIN_LOG(Error, "Analyzer::Impl::%s() open error=%i.\n", __func__, status);
+    return status;
+  }
+  const auto strell = boost::make_shared<strell::Strell>();
+  if (const int status = strell->attach(url); status != STATUS_OK) {
+    QUORIN_LOG(Error, "Analyzer::Impl::%s() open failed err=%i.\n", __func__, status);
+    return status;
+  }
+  result->strell = strell;
+  return offerToChain(params, *result);
+}
+
+int Analyzer::Impl::open(strell::OpenParams const& params, boost::shared_ptr<MdchUrlBase>& url) {
+  const int code = mdch_OpenUrl(params.uri.c_str(), 0, urlLayerParams(params), url);
+  switch (code) {
+    case 0:
+      return STATUS_OK;
+    case 154:
+      return STATUS_REDIRECT;
+    case 150:
+    case 151:
+    case 152:
+    case 153:
+    case 155:
+    case 156:
+    case 11:
+    case 22:
+    case -11:
+      return STATUS_OPEN_FAILED;
+    case 2:
+    case -2:
+      return STATUS_NOT_FOUND;
+    default:
+      // kept: the line names the media access, whose task opening once was; field logs are searched for it
+      QUORIN_LOG(Error, "Strell::Impl::%s(): unkown fs error %i.\n", __func__, code);
+      return STATUS_OPEN_UNKNOWN;
+  }
+}
+
+int Analyzer::Impl::offerToChain(strell::OpenParams const& params, AnalyzeResult& result) {
+  int status = STATUS_OK;
+  for (const boost::shared_ptr<AnalyzerBase>& analyzer : chain_) {
+    status = analyzer->analyze(result.strell, result.info);
+    if (status >= 0 && result.info) {
+      return STATUS_OK;
+    }
+  }
+  if (result.info) {
+    return status;
+  }
+  QUORIN_LOG(Info, "Analyzer::Impl::%s() unknown type '%s'.\n", "analyze", params.uri.c_str());
+  result.info = boost::make_shared<Info>();
+  result.info->mimeType = MimeTypes::ApplicationUnknown;
+  return status;
+}
+
+}  // namespace zu::md::common::quorin
