@@ -4,6 +4,7 @@
 #include <new>
 #include <string>
 
+#include "formats/analyzer_audio_mp3.h"
 #include "framework/log.h"
 #include "framework/status.h"
 #include "quorin/mime_types.h"
@@ -38,7 +39,8 @@ boost::shared_ptr<AnalyzeResult> makeResult() {
 }  // namespace
 
 Analyzer::Impl::Impl(Mode_t mode) {
-  if ((mode & MODE_AUDIO) != 0) {  // formats come here
+  if ((mode & MODE_AUDIO) != 0) {
+    chain_.push_back(boost::make_shared<AnalyzerAudioMp3>());
   }
 }
 
