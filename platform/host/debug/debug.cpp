@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdarg>
@@ -119,7 +120,7 @@ extern "C" void obqDebugOutput0(const uint32_t record[3], const char* format, ..
     Output::instance().write(moduleOf(record), levelOf(record), {usual.data(), static_cast<size_t>(length)});
   } else if (length >= 0) {
     std::string whole(static_cast<size_t>(length) + 1, '\0');
-    std::vsnprintf(whole.data(), whole.size(), format, again);
+    static_cast<void>(std::vsnprintf(whole.data(), whole.size(), format, again));
     whole.pop_back();
     Output::instance().write(moduleOf(record), levelOf(record), whole);
   }

@@ -82,7 +82,7 @@ struct MdchOpenParams {
   uint32_t reserved1;
   uint32_t reserved2;
 };
-static_assert(sizeof(void*) != 4 || sizeof(MdchOpenParams) == 9 * 4, "nine 32-bit words");
+static_assert(sizeof(void*) != 4 || sizeof(MdchOpenParams) == 9 * sizeof(uint32_t), "nine 32-bit words");
 
 /// Opens a source.
 ///
