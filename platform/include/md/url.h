@@ -37,7 +37,7 @@ struct UrlCost {
 ///  - A failing `read` may have delivered bytes before the failure: `bytesRead` counts them, they are good, and
 ///    the position is behind them.
 ///  - `seek` is refused by a source that cannot seek; the position stays. Seeking to or beyond the end is
-///    allowed, the next `read` meets the end.
+///    allowed, the next `read` meets the end. A negative offset is refused, the position stays.
 ///  - Every failure is a negative number. An out-parameter of a failed call, `bytesRead` excepted, is untouched.
 ///  - A source is used by one thread at a time. Destruction closes it.
 class MD_API MdchUrlBase {
