@@ -17,17 +17,21 @@
 ///  - the **head**, stream bytes [0, H), kept as long as the object lives. H is 65536 for a source that can seek
 ///    and 1048576 for one that cannot;
 ///  - the **seek region**, the 65536 bytes from the position of the last successful `seek`, dropped by the next.
-/// Both are filled on demand, in growing steps from 4096 bytes, and end early at the end of the stream. A source
-/// error while filling counts as the end of the region: the bytes before it are usable, and the error is met
-/// again by the next fill.
+/// Both are filled on demand, up to 4096 bytes, 8192, 16384 and so on, and end early at the end of the stream. A
+/// source error while filling counts as the end of the region: the bytes before it are usable, and the error is
+/// met again by the next fill. Bytes that `readData` reads right behind the head go into the head too, as far as
+/// they fit. No region holds bytes beyond offset 4294967294, where the cache offset could not go on.
 ///
-/// ICY metadata: when a response header line begins with "icy-metaint" and gives a number above 0, the metadata
-/// blocks are taken out of the stream. All offsets then count audio bytes only, and each block that holds text
-/// is handed out by the `readData` that passes its place. Such a stream cannot seek.
+/// ICY metadata: when a response header line is "icy-metaint: N" with N from 1 to 2147483647 (the last such line
+/// counts, any other is passed over), the metadata blocks are taken out of the stream. All offsets then count audio
+/// bytes only, and each block that holds text is handed out by the `readData` that passes its place: the one that
+/// delivers the audio byte behind it, or meets the end or an error there instead. Blocks that wait for that, since a
+/// cache fill met them, take 1 MiB of memory at most; what comes when that is used up is dropped. A block that the
+/// end of the stream cuts off is dropped too. Such a stream cannot seek, whatever its source says of itself.
 ///
 /// Every operation returns 0 on success and a negative code on failure: one of the constants below or the
 /// source's own code. Before `attach` every operation fails with `NOT_ATTACHED`. An object is used by one thread
-/// at a time; its destruction releases the source.
+/// at a time; its destruction releases the source, so does the next successful `attach`.
 
 #include <array>
 #include <boost/scoped_ptr.hpp>
@@ -52,7 +56,7 @@ struct OpenParams {
 /// One ICY metadata block.
 struct IcyData {
   long long offset;  ///< audio bytes before the block
-  std::string text;  ///< its text without the NUL padding
+  std::string text;  ///< its text, which ends before the first NUL
 };
 
 /// Failures of Strell itself. Failures of the source are passed on as they are.
@@ -62,7 +66,7 @@ enum Error : int {
   NOT_CACHED = -1003,         ///< the bytes do not lie in one region of the cache
   OFFSET_NOT_CACHED = -1004,  ///< the cache offset was moved to where no region is
   END_OF_STREAM = -1005,      ///< a read that starts at the end of the stream
-  NOT_SEEKABLE = -1006,       ///< the source cannot seek, or its size is unknown
+  NOT_SEEKABLE = -1006,       ///< the source cannot seek, its size is unknown, or it carries ICY metadata
   OUT_OF_RANGE = -1007,       ///< a seek before the start or beyond the end of the stream
   NO_HEADER = -1008,          ///< the source has no response header
   SOURCE_BROKEN = -1009,      ///< the source broke its contract (a failure that is not negative, more bytes than asked)
@@ -75,15 +79,17 @@ class MD_API Strell {
   Strell(const Strell&) = delete;
   Strell& operator=(const Strell&) = delete;
 
-  /// Takes an opened source, asks whether it can seek and reads its header lines for ICY.
-  /// A source whose `getSeekable` fails counts as one that cannot seek.
+  /// Takes an opened source, asks whether it can seek and reads its header lines for ICY. Everything an earlier
+  /// source left is forgotten. A source whose `getSeekable` fails counts as one that cannot seek. One that was read
+  /// before is played from its start if it can seek, else from where it stands.
   /// @return `NO_SOURCE` for an empty pointer, else 0
   int attach(boost::shared_ptr<MdchUrlBase> url);
 
   /// Delivers `length` bytes at the cache offset and moves the offset behind them.
   /// @param data receives a pointer that is good until the next call on this object; null on failure. For length
   ///        0 at a valid offset it is not null.
-  /// @return `NOT_CACHED` when the bytes do not all lie in one region; the cache offset stays then
+  /// @return `NOT_CACHED` when the bytes do not all lie in one region, `OFFSET_NOT_CACHED` after a failed
+  ///   `setDataCacheOffset`; the cache offset stays then
   int readDataCache(unsigned int length, unsigned char*& data);
 
   /// Shows the bytes at the cache offset that are at hand without asking the source. The offset stays. A platform
@@ -92,31 +98,34 @@ class MD_API Strell {
   /// @return pointer to them, good until the next call on this object; null when `length` is 0
   const unsigned char* peekDataCache(unsigned int& length);
 
-  /// The cache offset, in bytes from the start of the stream.
+  /// The cache offset, in bytes from the start of the stream; 0 before `attach`.
   unsigned int getDataCacheOffset();
 
   /// Moves the cache offset, always. Succeeds when `offset` lies in the head or the seek region or at the end of
-  /// one; otherwise fails, and so does every `readDataCache` until the offset is moved again.
+  /// one, for which that region is filled as far as `offset`; otherwise fails, and so does every `readDataCache` until
+  /// the offset is moved again.
+  /// @return `OFFSET_NOT_CACHED`
   int setDataCacheOffset(unsigned int offset);
 
   /// Reads `length` bytes at the read position, waiting until they are there, the stream ends or an error comes.
   /// @param bytesRead bytes delivered, also on failure; fewer than `length` with status 0 only at the end
   /// @param icy receives, appended, the metadata blocks that were passed
-  /// @return `END_OF_STREAM` for a call at the end; the source's error after the bytes that came before it
+  /// @return `END_OF_STREAM` for a call at the end; the source's error after the bytes that came before it; 0 without
+  ///   asking the source for `length` 0
   int readData(unsigned char* buffer, unsigned int length, unsigned int& bytesRead, std::vector<IcyData>& icy);
 
   /// The read position: 0 after `attach`. Does not ask the source.
   int tell(long long& offset);
 
   /// Moves the read position to `offset` (0 to size), starts an empty seek region there and moves the cache
-  /// offset there too when it fits 32 bits. A failed call changes nothing.
+  /// offset there too when it fits 32 bits. The source is asked to seek at once. A failed call changes nothing.
   /// @return `NOT_SEEKABLE`, `OUT_OF_RANGE` or the source's error
   int seek(long long offset);
 
-  /// The source's size in bytes; fails when unknown.
+  /// The source's size in bytes, ICY metadata included; fails when unknown.
   int size(long long& bytes);
 
-  /// Whether the source can seek.
+  /// Whether the source says that it can seek.
   int getSeekable(bool& seekable);
 
   /// Replaces `lines` by the HTTP response header; `NO_HEADER` when the source has none, `lines` untouched then.

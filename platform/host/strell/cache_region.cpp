@@ -1,0 +1,60 @@
+#include "strell/cache_region.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zu::md::common::strell {
+
+bool CacheRegion::fetch(AudioStream& stream, uint64_t offset, uint64_t length) {
+  if (offset < start_ || offset + length > start_ + capacity_) {
+    return false;
+  }
+  const auto needed = static_cast<unsigned int>(offset + length - start_);
+  while (size_ < needed && !ended_) {
+    const unsigned int level = fillLevel(needed);
+    reserve(level);
+    unsigned int got = 0;
+    const int status = stream.read(static_cast<long long>(end()), bytes_.get() + size_, level - size_, got);
+    size_ += got;
+    if (status != 0) {
+      break;
+    }
+    ended_ = got == 0;
+  }
+  return size_ >= needed;
+}
+
+void CacheRegion::keep(uint64_t offset, const unsigned char* bytes, unsigned int count) {
+  const unsigned int kept = offset == end() ? std::min(count, capacity_ - size_) : 0;
+  if (kept != 0) {
+    reserve(fillLevel(size_ + kept));
+    std::memcpy(bytes_.get() + size_, bytes, kept);
+    size_ += kept;
+  }
+}
+
+unsigned int CacheRegion::atHand(uint64_t offset) const {
+  return offset >= start_ && offset < end() ? static_cast<unsigned int>(end() - offset) : 0;
+}
+
+unsigned int CacheRegion::fillLevel(unsigned int size) const {
+  unsigned int level = firstFill;
+  while (level < size) {
+    level *= 2;
+  }
+  return std::min(level, capacity_);
+}
+
+void CacheRegion::reserve(unsigned int size) {
+  if (size <= reserved_) {
+    return;
+  }
+  std::unique_ptr<unsigned char[]> larger(new unsigned char[size]);  // not zeroed: read into at once
+  if (size_ != 0) {
+    std::memcpy(larger.get(), bytes_.get(), size_);
+  }
+  bytes_ = std::move(larger);
+  reserved_ = size;
+}
+
+}  // namespace zu::md::common::strell
