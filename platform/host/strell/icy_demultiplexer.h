@@ -15,10 +15,10 @@ namespace zu::md::common::strell {
 /// padded with NULs. Most blocks are empty. It does no I/O, and takes the stream in pieces of any size.
 class IcyDemultiplexer {
  public:
-  /// Memory for blocks that were met and not handed out yet, in bytes. A head full of real radio has a few dozen
-  /// short titles; a stream that puts a block of 4080 bytes behind every audio byte would need 4 GiB. Blocks that
-  /// come when it is used up are dropped.
-  static constexpr size_t maxKeptBytes = 1024 * 1024;
+  /// Memory for blocks that were met and not handed out yet, in bytes. A head full of real radio has at most a
+  /// hundred short titles; a stream that puts a block of 4080 bytes behind every audio byte would need 4 GiB. Blocks
+  /// that come when it is used up are dropped.
+  static constexpr size_t maxKeptBytes = 256 * 1024;
   /// What a kept block costs besides its text, so that a million tiny ones count.
   static constexpr size_t keptBlockOverhead = 64;
 

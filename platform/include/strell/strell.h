@@ -25,8 +25,8 @@
 /// ICY metadata: when a response header line is "icy-metaint: N" with N from 1 to 2147483647 (the last such line
 /// counts, any other is passed over), the metadata blocks are taken out of the stream. All offsets then count audio
 /// bytes only, and each block that holds text is handed out by the `readData` that passes its place: the one that
-/// delivers the audio byte behind it, or meets the end or an error there instead. Blocks that wait for that, since a
-/// cache fill met them, take 1 MiB of memory at most; what comes when that is used up is dropped. A block that the
+/// delivers the audio byte behind it, or meets the end or an error there instead. Blocks that were met
+/// and not handed out yet take 256 KiB of memory at most; what comes when that is used up is dropped. A block that the
 /// end of the stream cuts off is dropped too. Such a stream cannot seek, whatever its source says of itself.
 ///
 /// Every operation returns 0 on success and a negative code on failure: one of the constants below or the
