@@ -269,12 +269,12 @@ TEST_P(SourceContract, AnySequenceOfReadsAndSeeksAgreesWithTheBytes) {
   const Bytes bytes = testBytes(120000);
   const auto size = static_cast<long long>(bytes.size());
   std::mt19937 random(20240517);
-  const auto below = [&random](long long limit) { return static_cast<long long>(random() % limit); };
+  const auto below = [&random](unsigned int limit) { return static_cast<long long>(random() % limit); };
   const auto source = open(bytes);
   long long expected = 0;
   for (int step = 0; step < 300; ++step) {
     if (below(3) == 0) {
-      const long long target = below(size + 100);
+      const long long target = below(static_cast<unsigned int>(size) + 100);
       const int status = source->seek(target);
       EXPECT_EQ(status == 0, GetParam().seekable);
       expected = status == 0 ? target : expected;
