@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <string_view>
 
+#include "text/ascii.h"
+
 namespace md::host {
 
 namespace {
 
 using std::chrono::milliseconds;
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// Cuts off and returns what comes before `separator`, or everything when there is none.
 std::string_view takeUntil(std::string_view& text, char separator) {

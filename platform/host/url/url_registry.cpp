@@ -2,27 +2,24 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "md/url.h"
+#include "text/ascii.h"
 #include "url/openers.h"
 
 namespace {
 
 /// The scheme in lower case (RFC 3986, section 3.1); empty for a path.
 std::string schemeOf(const std::string& uri) {
-  const auto isAlpha = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
-  const auto belongs = [&](char c) { return isAlpha(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.'; };
+  const auto belongs = [](char c) {
+    return md::host::isLetter(c) || md::host::isDigit(c) || c == '+' || c == '-' || c == '.';
+  };
   const auto end = std::find_if_not(uri.begin(), uri.end(), belongs);
-  if (end == uri.begin() || end == uri.end() || *end != ':' || !isAlpha(uri.front())) {
+  if (end == uri.begin() || end == uri.end() || *end != ':' || !md::host::isLetter(uri.front())) {
     return std::string();
   }
-  return std::string(uri.begin(), end);
-}
-
-std::string lowerCased(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return text;
+  return md::host::lowerCased(std::string(uri.begin(), end));
 }
 
 class Registry {
@@ -34,10 +31,10 @@ class Registry {
 
   void set(const std::string& scheme, md::UrlOpener opener) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (opener) {
-      openers_[scheme] = std::move(opener);
-    } else {
-      openers_.erase(scheme);
+    const auto own = openers_.try_emplace(scheme).first;
+    own->second.swap(opener);  // the previous one is destroyed with the argument, unlocked: it may register schemes
+    if (!own->second) {
+      openers_.erase(own);
     }
   }
 
@@ -63,17 +60,17 @@ class Registry {
   }
 
   std::mutex mutex_;
-  std::map<std::string, md::UrlOpener> openers_;
+  std::map<std::string, md::UrlOpener> openers_;  ///< by scheme in lower case
 };
 
 }  // namespace
 
 int mdch_OpenUrl(const char* uri, int, const MdchOpenParams& params, boost::shared_ptr<MdchUrlBase>& url) {
   const std::string text(uri);
-  const md::UrlOpener opener = Registry::instance().find(lowerCased(schemeOf(text)));
+  const md::UrlOpener opener = Registry::instance().find(schemeOf(text));
   return opener ? opener(text, params, url) : static_cast<int>(md::host::OPEN_NO_OPENER);
 }
 
 void md::registerUrlScheme(const std::string& scheme, UrlOpener opener) {
-  Registry::instance().set(lowerCased(scheme), std::move(opener));
+  Registry::instance().set(md::host::lowerCased(scheme), std::move(opener));
 }
