@@ -5,12 +5,16 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
+#include <utility>
 
 std::atomic<uint32_t> obqDebugMostVerbose(UINT32_MAX);
 
@@ -38,22 +42,29 @@ class Output {
   }
 
   void setSink(obq::DebugSink sink) {
+    auto replacement = std::make_shared<const obq::DebugSink>(std::move(sink));
+    if (writing_) {  // the sink replaces itself: this thread holds the lock already
+      sink_.swap(replacement);
+      return;
+    }
     const std::lock_guard<std::mutex> lock(sinkMutex_);
-    sink_ = std::move(sink);
+    sink_.swap(replacement);  // declared before the lock, so the previous sink is destroyed without it and may log
   }
 
   void write(uint32_t module, uint32_t level, std::string_view text) {
-    thread_local bool writing = false;
-    if (writing) {
+    if (writing_) {
       return;  // the sink itself logs
     }
+    // Outlives the call and the lock, also when the sink replaces itself.
+    std::shared_ptr<const obq::DebugSink> current;
     const std::lock_guard<std::mutex> lock(sinkMutex_);
     struct Guard {
-      Guard() { writing = true; }
-      ~Guard() { writing = false; }
+      Guard() { writing_ = true; }
+      ~Guard() { writing_ = false; }
     } guard;
-    if (sink_) {
-      sink_(module, level, text);
+    current = sink_;
+    if (*current) {
+      (*current)(module, level, text);
     } else {
       writeToStandardError(text);
     }
@@ -62,10 +73,15 @@ class Output {
  private:
   Output() {
     const char* text = std::getenv("OBQ_DEBUG");
-    if (text != nullptr) {
-      preset_ = static_cast<uint32_t>(std::strtoul(text, nullptr, 10));
-    }
+    preset_ = text == nullptr ? 0 : levelIn(text);
     publishMostVerbose();
+  }
+
+  /// The decimal number that `text` is, from its first to its last character; 0 for any other text.
+  static uint32_t levelIn(std::string_view text) {
+    uint32_t level = 0;
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), level);
+    return parsed.ec == std::errc() && parsed.ptr == text.data() + text.size() ? level : 0;
   }
 
   void publishMostVerbose() {
@@ -80,7 +96,7 @@ class Output {
   static void writeToStandardError(std::string_view text) {
     while (!text.empty()) {
       const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
-      if (written > 0) {
+      if (written >= 0) {
         text.remove_prefix(static_cast<size_t>(written));
       } else if (errno != EINTR) {
         return;
@@ -92,8 +108,11 @@ class Output {
   uint32_t preset_ = 0;  ///< from OBQ_DEBUG, for every module without a level of its own
   std::map<uint32_t, uint32_t> levels_;
   std::mutex sinkMutex_;
-  obq::DebugSink sink_;
+  std::shared_ptr<const obq::DebugSink> sink_ = std::make_shared<const obq::DebugSink>();
+  static thread_local bool writing_;  ///< this thread is inside the sink, and holds `sinkMutex_`
 };
+
+thread_local bool Output::writing_ = false;
 
 uint32_t moduleOf(const uint32_t record[3]) { return record[0] >> 16; }
 
@@ -102,6 +121,27 @@ uint32_t levelOf(const uint32_t record[3]) { return record[0] & 0xffff; }
 /// A line of usual length needs no allocation.
 constexpr size_t usualLineSize = 512;
 
+__attribute__((format(printf, 2, 0))) void writeFormatted(const uint32_t record[3], const char* format,
+                                                          va_list arguments) {
+  std::array<char, usualLineSize> usual;
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(usual.data(), usual.size(), format, again);
+  va_end(again);
+  if (length < 0) {
+    return;
+  }
+  const auto size = static_cast<size_t>(length);
+  if (size < usual.size()) {
+    Output::instance().write(moduleOf(record), levelOf(record), {usual.data(), size});
+    return;
+  }
+  std::string whole(size + 1, '\0');
+  static_cast<void>(std::vsnprintf(whole.data(), whole.size(), format, arguments));
+  whole.pop_back();
+  Output::instance().write(moduleOf(record), levelOf(record), whole);
+}
+
 }  // namespace
 
 extern "C" int obqDebugCheckLevelGetFrameAndChunk(const uint32_t record[3]) {
@@ -109,22 +149,15 @@ extern "C" int obqDebugCheckLevelGetFrameAndChunk(const uint32_t record[3]) {
 }
 
 extern "C" void obqDebugOutput0(const uint32_t record[3], const char* format, ...) {
-  std::array<char, usualLineSize> usual;
+  const int errorOfCaller = errno;
   va_list arguments;
   va_start(arguments, format);
-  va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(usual.data(), usual.size(), format, arguments);
-  va_end(arguments);
-  if (length >= 0 && static_cast<size_t>(length) < usual.size()) {
-    Output::instance().write(moduleOf(record), levelOf(record), {usual.data(), static_cast<size_t>(length)});
-  } else if (length >= 0) {
-    std::string whole(static_cast<size_t>(length) + 1, '\0');
-    static_cast<void>(std::vsnprintf(whole.data(), whole.size(), format, again));
-    whole.pop_back();
-    Output::instance().write(moduleOf(record), levelOf(record), whole);
+  try {
+    writeFormatted(record, format, arguments);
+  } catch (...) {  // a sink that throws, or no memory for the line: losing the line beats losing the program
   }
-  va_end(again);
+  va_end(arguments);
+  errno = errorOfCaller;
 }
 
 void obq::setDebugLevel(uint32_t module, uint32_t mostVerbose) { Output::instance().setLevel(module, mostVerbose); }
