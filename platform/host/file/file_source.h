@@ -1,0 +1,67 @@
+#pragma once
+
+#include <fcntl.h>
+
+#include <boost/shared_ptr.hpp>
+#include <chrono>
+#include <optional>
+
+#include "file/unique_fd.h"
+#include "md/url.h"
+#include "url/time_limits.h"
+
+namespace md::host {
+
+/// How every local item is opened. O_NONBLOCK because opening a FIFO would otherwise wait for its writer, and O_NOCTTY
+/// so that a terminal does not take the process over.
+constexpr int itemOpenFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
+/// The code of `mdch_OpenUrl` for an errno of opening a local item.
+int openCodeOf(int error);
+
+/// Makes the source of an opened local item, which has to be open with `itemOpenFlags`.
+/// @param file taken over, and closed on failure
+/// @param url receives the source on 0 and is left alone otherwise
+/// @return a code of `mdch_OpenUrl`: 22 for a directory
+int makeFileSource(UniqueFd file, const TimeLimits& limits, boost::shared_ptr<MdchUrlBase>& url);
+
+/// The bytes of a local item.
+///
+/// A regular file can seek; its size is asked anew each time, since it may grow or be truncated while it is read. It is
+/// never mapped into memory: touching a mapped page that was truncated away kills the process.
+///
+/// Everything else (FIFO, character or block device) is read from front to end: it cannot seek and has no size. A
+/// `read` waits no longer than the limits allow. Such a source stays failed once it has failed, so that a caller with
+/// many reads ahead does not wait out the limit each time.
+class FileSource : public MdchUrlBase {
+ public:
+  enum class Kind { regular, stream };
+
+  FileSource(UniqueFd file, Kind kind, const TimeLimits& limits);
+
+  int read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) override;
+  int seek(long long offset) override;
+  int tell(long long& offset) override;
+  int size(long long& bytes) override;
+  int getSeekable(bool& seekable) override;
+  UrlCost cost() const override;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  /// Both deliver the result of a read(2): bytes, 0 at the end, or a negative code.
+  long long readRegular(unsigned char* buffer, size_t length);
+  long long readStream(unsigned char* buffer, size_t length);
+  std::optional<Clock::time_point> deadline() const;
+
+  const UniqueFd file_;
+  const Kind kind_;
+  const TimeLimits limits_;
+  const Clock::time_point opened_ = Clock::now();
+  long long position_ = 0;
+  bool atEnd_ = false;  ///< the end was met; it lasts until the next seek, also when the file grows
+  int failure_ = 0;     ///< of a stream, for good
+  UrlCost cost_;
+};
+
+}  // namespace md::host
