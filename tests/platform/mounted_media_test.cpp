@@ -4,9 +4,12 @@
 #include <sched.h>
 #include <sys/mount.h>
 
+#include <cctype>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <random>
 #include <string>
 
 #include "opened_item.h"
@@ -19,12 +22,19 @@ namespace {
 /// Runs a command of the shell, quietly.
 bool run(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
 
+/// A UUID that no other test running at this time has, in lower case.
+std::string newUuid() {
+  std::random_device random;
+  char text[37];
+  std::snprintf(text, sizeof text, "abcdef%02x-1111-2222-3333-%04x%08x", random() & 0xFFU, random() & 0xFFFFU,
+                random());
+  return text;
+}
+
 /// A file system of its own in a file, mounted where this process alone sees it: whatever happens, it is gone with the
 /// process, and the loop device with it.
 class MountedMedia : public testing::Test {
  protected:
-  static constexpr const char* uuid = "a1b2c3d4-1111-2222-3333-0123456789ab";
-
   void SetUp() override {
     if (geteuid() != 0) {
       GTEST_SKIP() << "only root can mount";
@@ -56,14 +66,19 @@ class MountedMedia : public testing::Test {
   }
 
   const TemporaryFolder folder;
+  const std::string uuid = newUuid();
   std::string mountPoint;
   bool mounted = false;
 };
 
 TEST_F(MountedMedia, AFileSystemIsFoundByItsUuidInAnyCase) {
   EXPECT_EQ(md::host::mountPointOf(uuid), mountPoint);
-  EXPECT_EQ(md::host::mountPointOf("A1B2C3D4-1111-2222-3333-0123456789AB"), mountPoint);
-  EXPECT_EQ(md::host::mountPointOf("a1b2c3d4-1111-2222-3333-0123456789ac"), "");
+  std::string upper = uuid;
+  for (char& c : upper) {
+    c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  }
+  EXPECT_EQ(md::host::mountPointOf(upper), mountPoint);
+  EXPECT_EQ(md::host::mountPointOf(uuid.substr(1) + "a"), "");
 }
 
 TEST_F(MountedMedia, AFolderOfItMountedElsewhereDoesNotHideIt) {
@@ -75,12 +90,12 @@ TEST_F(MountedMedia, AFolderOfItMountedElsewhereDoesNotHideIt) {
 }
 
 TEST_F(MountedMedia, ItsFilesAndDirectoriesOpen) {
-  const OpenedItem item = openItem(std::string("vdr2://") + uuid + "/dir/item");
+  const OpenedItem item = openItem("vdr2://" + uuid + "/dir/item");
   ASSERT_EQ(item.code, 0);
   EXPECT_EQ(readAll(*item.source), "mounted");
-  const int id = vdir2MediaIDGetByUUID(uuid);
+  const int id = vdir2MediaIDGetByUUID(uuid.c_str());
   ASSERT_GE(id, 0);
-  EXPECT_EQ(vdir2MediaIDGetByUUID(uuid), id);
+  EXPECT_EQ(vdir2MediaIDGetByUUID(uuid.c_str()), id);
   const int handle = vdir2DirOpen(id, "dir", 15);
   EXPECT_GE(handle, 0);
   EXPECT_EQ(vdir2DirClose(handle, 5), 0);
@@ -90,14 +105,14 @@ TEST_F(MountedMedia, OnceUnmountedItIsNotFound) {
   ASSERT_EQ(umount(mountPoint.c_str()), 0);
   mounted = false;
   EXPECT_EQ(md::host::mountPointOf(uuid), "");
-  EXPECT_EQ(openItem(std::string("vdr2://") + uuid + "/dir/item").code, 2);
+  EXPECT_EQ(openItem("vdr2://" + uuid + "/dir/item").code, 2);
 }
 
 TEST_F(MountedMedia, ARegisteredMediumOfTheSameUuidWins) {
   folder.makeFolder("registered");
   folder.write("registered/item", std::string("registered"));
-  ASSERT_GE(vdir2MediaRegister(uuid, (folder / "registered").c_str()), 0);
-  const OpenedItem item = openItem(std::string("vdr2://") + uuid + "/item");
+  ASSERT_GE(vdir2MediaRegister(uuid.c_str(), (folder / "registered").c_str()), 0);
+  const OpenedItem item = openItem("vdr2://" + uuid + "/item");
   ASSERT_EQ(item.code, 0);
   EXPECT_EQ(readAll(*item.source), "registered");
 }
