@@ -43,6 +43,7 @@ int AnalyzerBase::skipData(boost::shared_ptr<strell::Strell> const& strell, long
   std::vector<strell::IcyData> icy;
   while (remaining != 0) {
     unsigned int got = 0;
+    icy.clear();  // nobody reads them, and a server may send more of them than there is memory
     int status = strell->readData(buffer, nextChunk(remaining), got, icy);
     if (status == STATUS_OK && got == 0) {
       status = strell::END_OF_STREAM;  // no progress would mean no end
