@@ -69,11 +69,14 @@ int AnalyzerAudioMp3::analyze(boost::shared_ptr<strell::Strell> strell, boost::s
     return STATUS_NO_ARGUMENT;
   }
   clearResults();
+  // On every way out, a failed allocation included: the source must not stay open with nobody to close it.
+  struct Release {
+    ~Release() { analyzer.clearResults(); }
+    AnalyzerAudioMp3& analyzer;
+  } const release = {*this};
   strell_ = std::move(strell);
   result_ = boost::make_shared<AnalyzerResult>(requiredProperties);
-  const int status = analyzeStream(info);
-  clearResults();
-  return status;
+  return analyzeStream(info);
 }
 
 int AnalyzerAudioMp3::analyzeStream(boost::shared_ptr<Info>& info) {

@@ -33,8 +33,8 @@ class AnalyzerAudioMp3 : public AnalyzerBase {
   /// @return 1 with the position at `dataStartOffset_`, 0 when there is no tag or the walk had to stop
   int checkID3v2();
 
-  /// Sets the data end offset from the file size and an ID3v1 tag.
-  /// @return whether it could look and return to the read position
+  /// Sets the data end offset from the file size and an ID3v1 tag, and goes back to the read position.
+  /// @return whether it could look; a failure to go back is only logged
   bool findID3v1Tag();
   void readTrailer(long long size);
 
