@@ -1,0 +1,62 @@
+#include "support/bytes.h"
+
+#include <algorithm>
+#include <random>
+
+namespace quorin_test {
+
+Bytes concat(std::initializer_list<Bytes> pieces) {
+  Bytes all;
+  for (const Bytes& piece : pieces) {
+    all.insert(all.end(), piece.begin(), piece.end());
+  }
+  return all;
+}
+
+Bytes repeat(const Bytes& piece, size_t count) {
+  Bytes all;
+  all.reserve(piece.size() * count);
+  for (size_t i = 0; i < count; ++i) {
+    all.insert(all.end(), piece.begin(), piece.end());
+  }
+  return all;
+}
+
+Bytes filler(size_t count, unsigned char value) { return Bytes(count, value); }
+
+Bytes text(std::string_view characters) { return Bytes(characters.begin(), characters.end()); }
+
+Bytes noise(size_t count, uint32_t seed) {
+  std::mt19937 random(seed);
+  Bytes bytes(count);
+  std::generate(bytes.begin(), bytes.end(), [&random] { return static_cast<unsigned char>(1 + random() % 0x7f); });
+  return bytes;
+}
+
+Bytes bigEndian(uint64_t value, unsigned count) {
+  Bytes bytes(count);
+  for (unsigned i = 0; i < count; ++i) {
+    bytes[i] = static_cast<unsigned char>(value >> (8 * (count - 1 - i)));
+  }
+  return bytes;
+}
+
+Bytes syncSafe(uint32_t value, unsigned count) {
+  Bytes bytes(count);
+  for (unsigned i = 0; i < count; ++i) {
+    bytes[i] = static_cast<unsigned char>((value >> (7 * (count - 1 - i))) & 0x7f);
+  }
+  return bytes;
+}
+
+Bytes overlay(Bytes target, size_t offset, const Bytes& piece) {
+  target.resize(std::max(target.size(), offset + piece.size()));
+  std::copy(piece.begin(), piece.end(), target.begin() + static_cast<std::ptrdiff_t>(offset));
+  return target;
+}
+
+Bytes head(const Bytes& bytes, size_t count) {
+  return Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(std::min(count, bytes.size())));
+}
+
+}  // namespace quorin_test
