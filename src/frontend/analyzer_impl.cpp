@@ -5,13 +5,23 @@
 #include <string>
 
 #include "formats/analyzer_audio_mp3.h"
+#include "framework/http_header.h"
 #include "framework/log.h"
 #include "framework/status.h"
 #include "quorin/mime_types.h"
+#include "quorin/quorin_url_rework.h"
+#include "redirect/content_redirect.h"
+#include "redirect/folder.h"
+#include "redirect/location_redirect.h"
+#include "redirect/redirect_info.h"
+#include "redirect/well_formed.h"
 
 namespace zu::md::common::quorin {
 
 namespace {
+
+/// Of the operation that all lines of the driver name, whichever part of it they come from.
+const char* const name = "analyze";
 
 constexpr uint32_t openModeBits = 0x3f;
 
@@ -36,6 +46,25 @@ boost::shared_ptr<AnalyzeResult> makeResult() {
   }
 }
 
+void checkUrlTranslate(strell::OpenParams const& params, AnalyzeResult& result) {
+  std::string translated;
+  if (QuorinUrlRework::getInstance().reworkUrl(params.uri, translated) != STATUS_TRANSLATED) {
+    return;
+  }
+  QUORIN_LOG(Info, "Analyzer::Impl::%s() redirect url translate '%s'\n", __func__, translated.c_str());
+  result.info = makeRedirect(MimeTypes::ApplicationRedirect, std::string(), translated);
+}
+
+/// What the URI alone tells, without opening it.
+void checkUri(strell::OpenParams const& params, AnalyzeResult& result) {
+  for (const auto check : {checkUrlTranslate, checkWellFormed, checkIfFolder}) {
+    check(params, result);
+    if (result.info) {
+      return;
+    }
+  }
+}
+
 }  // namespace
 
 Analyzer::Impl::Impl(Mode_t mode) {
@@ -46,27 +75,42 @@ Analyzer::Impl::Impl(Mode_t mode) {
 
 int Analyzer::Impl::analyze(strell::OpenParams const& params, boost::shared_ptr<AnalyzeResult>& result) {
   if (params.uri.empty()) {
-    QUORIN_LOG(Error, "Analyzer::Impl::%s() empty URI.\n", __func__);
+    QUORIN_LOG(Error, "Analyzer::Impl::%s() empty URI.\n", name);
     return STATUS_NO_ARGUMENT;
   }
-  QUORIN_LOG(Info, "Analyzer::Impl::%s() analyze '%s'.\n", __func__, params.uri.c_str());
+  QUORIN_LOG(Info, "Analyzer::Impl::%s() analyze '%s'.\n", name, params.uri.c_str());
   result = makeResult();
   if (!result) {
-    QUORIN_LOG(Error, "Analyzer::Impl::%s() out of memory.\n", __func__);
+    QUORIN_LOG(Error, "Analyzer::Impl::%s() out of memory.\n", name);
     return STATUS_NO_MEMORY;
   }
+  checkUri(params, *result);
+  return result->info ? STATUS_OK : analyzeSource(params, *result);
+}
+
+int Analyzer::Impl::analyzeSource(strell::OpenParams const& params, AnalyzeResult& result) {
   boost::shared_ptr<MdchUrlBase> url;
-  if (const int status = open(params, url); status != STATUS_OK) {
-    QUORIN_LOG(Error, "Analyzer::Impl::%s() open error=%i.\n", __func__, status);
-    return status;
+  const int opened = open(params, url);
+  if (opened == STATUS_REDIRECT) {
+    checkHttpLocationRedirect(url, result);
+    if (result.info) {
+      return STATUS_OK;
+    }
+  }
+  if (opened != STATUS_OK) {
+    QUORIN_LOG(Error, "Analyzer::Impl::%s() open error=%i.\n", name, opened);
+    return opened;
   }
   const auto strell = boost::make_shared<strell::Strell>();
   if (const int status = strell->attach(url); status != STATUS_OK) {
-    QUORIN_LOG(Error, "Analyzer::Impl::%s() open failed err=%i.\n", __func__, status);
+    QUORIN_LOG(Error, "Analyzer::Impl::%s() open failed err=%i.\n", name, status);
     return status;
   }
-  result->strell = strell;
-  return offerToChain(params, *result);
+  result.strell = strell;
+  HeaderInfo header;
+  parseHeader(url, header);  // an item without a readable header is told by its bytes
+  const int status = checkContentRedirect(header, strell, result);
+  return result.info ? STATUS_OK : offerToChain(params, status, result);
 }
 
 int Analyzer::Impl::open(strell::OpenParams const& params, boost::shared_ptr<MdchUrlBase>& url) {
@@ -96,8 +140,7 @@ int Analyzer::Impl::open(strell::OpenParams const& params, boost::shared_ptr<Mdc
   }
 }
 
-int Analyzer::Impl::offerToChain(strell::OpenParams const& params, AnalyzeResult& result) {
-  int status = STATUS_OK;
+int Analyzer::Impl::offerToChain(strell::OpenParams const& params, int status, AnalyzeResult& result) {
   for (const boost::shared_ptr<AnalyzerBase>& analyzer : chain_) {
     status = analyzer->analyze(result.strell, result.info);
     if (status >= 0 && result.info) {
@@ -107,7 +150,7 @@ int Analyzer::Impl::offerToChain(strell::OpenParams const& params, AnalyzeResult
   if (result.info) {
     return status;
   }
-  QUORIN_LOG(Info, "Analyzer::Impl::%s() unknown type '%s'.\n", "analyze", params.uri.c_str());
+  QUORIN_LOG(Info, "Analyzer::Impl::%s() unknown type '%s'.\n", name, params.uri.c_str());
   result.info = boost::make_shared<Info>();
   result.info->mimeType = MimeTypes::ApplicationUnknown;
   return status;
