@@ -117,7 +117,7 @@ TEST(HttpHeader, AnySequenceOfBytesIsTaken) {
   for (int round = 0; round < 2000; ++round) {
     std::deque<std::string> lines(random() % 4);
     for (std::string& line : lines) {
-      for (unsigned int n = random() % 8; n != 0; --n) {
+      for (auto n = random() % 8; n != 0; --n) {
         line += random() % 3 == 0 ? std::string(1, static_cast<char>(random())) : pieces[random() % std::size(pieces)];
       }
     }
