@@ -3,7 +3,7 @@
 set -eu
 cd "$(dirname "$(readlink -f "$0")")/.."
 log=$1/clang-tidy.log
-if ! run-clang-tidy-14 -quiet -j "$(nproc)" -p "$1" "$PWD/(src|platform|tools)/" >"$log" 2>/dev/null; then
+if ! run-clang-tidy-14 -quiet -j "$(nproc)" -p "$1" "$PWD/(src|platform|tools|examples)/" >"$log" 2>/dev/null; then
   escape=$(printf '\033')
   sed "s/$escape\[[0-9;]*m//g" "$log" | grep -E -A 6 '(warning|error):' | head -n 80
   echo "static_checks.sh: clang-tidy found something; all of it stands in $log" >&2
