@@ -1,7 +1,6 @@
 #include "framework/http_header.h"
 
 #include <boost/pointer_cast.hpp>
-#include <optional>
 
 #include "framework/ascii_case.h"
 #include "framework/log.h"
@@ -14,16 +13,6 @@ namespace {
 const std::string contentTypeKey("content-type");
 const std::string locationKey("location");
 
-/// The rest of the line behind the field name and what separates it from its value; nothing without the field name.
-std::optional<std::string> valueOf(const std::string& key, const std::string& line) {
-  const auto found = findIgnoringCase(line, key);
-  if (found == std::string::npos) {
-    return std::nullopt;
-  }
-  const auto begin = line.find_first_not_of(" \t:", found + key.size());
-  return begin == std::string::npos ? std::string() : line.substr(begin);
-}
-
 void removeLast(char c, std::string& s) {
   if (!s.empty() && s.back() == c) {
     s.pop_back();
@@ -31,6 +20,15 @@ void removeLast(char c, std::string& s) {
 }
 
 }  // namespace
+
+std::optional<std::string> headerValue(const std::string& line, std::string_view key) {
+  const auto found = findIgnoringCase(line, key);
+  if (found == std::string::npos) {
+    return std::nullopt;
+  }
+  const auto begin = line.find_first_not_of(" \t:", found + key.size());
+  return begin == std::string::npos ? std::string() : line.substr(begin);
+}
 
 void stripTrailingCRLF(std::string& s) {
   removeLast('\n', s);
@@ -40,12 +38,12 @@ void stripTrailingCRLF(std::string& s) {
 void parseHeader(std::deque<std::string> const& lines, HeaderInfo& info) {
   for (const std::string& line : lines) {
     QUORIN_LOG(Debug, "Analyzer::Impl::%s() Header=%s.\n", __func__, line.c_str());
-    if (const auto value = valueOf(contentTypeKey, line)) {
+    if (const auto value = headerValue(line, contentTypeKey)) {
       info.contentType = *value;
       stripTrailingCRLF(info.contentType);
       QUORIN_LOG(Debug, "Analyzer::Impl::%s() contentType=%s.\n", __func__, value->c_str());
     }
-    if (const auto value = valueOf(locationKey, line)) {
+    if (const auto value = headerValue(line, locationKey)) {
       info.location = *value;
       stripTrailingCRLF(info.location);
       QUORIN_LOG(Debug, "Analyzer::Impl::%s() location=%s.\n", __func__, value->c_str());

@@ -2,7 +2,9 @@
 
 #include <boost/shared_ptr.hpp>
 #include <deque>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "md/url.h"
 
@@ -13,6 +15,10 @@ struct HeaderInfo {
   std::string contentType;  ///< as sent, parameters included, without the line end
   std::string location;     ///< target of a redirect as sent, without the line end
 };
+
+/// What stands in a header line behind the field name `key`, found anywhere in the line and whatever its case, and the
+/// blanks and colons that follow it; the line end belongs to it. Nothing for a line without the field name.
+std::optional<std::string> headerValue(const std::string& line, std::string_view key);
 
 /// Removes one line feed from the end of `s`, then one carriage return.
 void stripTrailingCRLF(std::string& s);
