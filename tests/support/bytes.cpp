@@ -41,6 +41,14 @@ Bytes bigEndian(uint64_t value, unsigned count) {
   return bytes;
 }
 
+Bytes littleEndian(uint64_t value, unsigned count) {
+  Bytes bytes(count);
+  for (unsigned i = 0; i < count; ++i) {
+    bytes[i] = static_cast<unsigned char>(value >> (8 * i));
+  }
+  return bytes;
+}
+
 Bytes syncSafe(uint32_t value, unsigned count) {
   Bytes bytes(count);
   for (unsigned i = 0; i < count; ++i) {

@@ -29,6 +29,9 @@ Bytes noise(size_t count, uint32_t seed = 1);
 /// `value` in `count` bytes, most significant first.
 Bytes bigEndian(uint64_t value, unsigned count);
 
+/// `value` in `count` bytes, least significant first.
+Bytes littleEndian(uint64_t value, unsigned count);
+
 /// `value` seven bits per byte, most significant first.
 Bytes syncSafe(uint32_t value, unsigned count = 4);
 
