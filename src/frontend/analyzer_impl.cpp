@@ -4,7 +4,11 @@
 #include <new>
 #include <string>
 
+#include "formats/analyzer_audio_adts.h"
+#include "formats/analyzer_audio_dlna_pcm.h"
+#include "formats/analyzer_audio_flac.h"
 #include "formats/analyzer_audio_mp3.h"
+#include "formats/analyzer_audio_wav.h"
 #include "framework/http_header.h"
 #include "framework/log.h"
 #include "framework/status.h"
@@ -67,9 +71,14 @@ void checkUri(strell::OpenParams const& params, AnalyzeResult& result) {
 
 }  // namespace
 
+// A stream that two analyzers would accept goes to the first of them.
 Analyzer::Impl::Impl(Mode_t mode) {
+  chain_.push_back(boost::make_shared<AnalyzerAudioDlnaPcm>());
   if ((mode & MODE_AUDIO) != 0) {
+    chain_.push_back(boost::make_shared<AnalyzerAudioWav>());
+    chain_.push_back(boost::make_shared<AnalyzerAudioFlac>());
     chain_.push_back(boost::make_shared<AnalyzerAudioMp3>());
+    chain_.push_back(boost::make_shared<AnalyzerAudioAdts>());
   }
 }
 
