@@ -21,5 +21,17 @@ TEST(ByteOrder, BitFieldCutsOutTheBitsAskedFor) {
   EXPECT_EQ(bitField(0xb4, 6, 1), 0U);
 }
 
+TEST(ByteOrder, LittleEndianNumbersUseEveryBit) {
+  EXPECT_EQ(littleEndian16(highBytes), 0xdcfeU);
+  EXPECT_EQ(littleEndian32(highBytes), 0x98badcfeU);
+}
+
+TEST(ByteOrder, StartsWithComparesTheCharactersAlone) {
+  constexpr unsigned char bytes[5] = {'f', 'L', 'a', 'C', 1};
+  EXPECT_TRUE(startsWith(bytes, "fLaC"));
+  EXPECT_FALSE(startsWith(bytes, "flac"));
+  EXPECT_FALSE(startsWith(bytes + 1, "fLaC"));
+}
+
 }  // namespace
 }  // namespace zu::md::common::quorin

@@ -157,5 +157,13 @@ TEST(HttpHeader, TheFailureToDeliverItIsPassedOn) {
   EXPECT_EQ(info.location, "kept too");
 }
 
+TEST(HttpHeader, ValueOfAFieldStandsBehindItsNameAndSeparators) {
+  using zu::md::common::quorin::headerValue;
+  EXPECT_EQ(headerValue("icy-br: \t: 96\r\n", "icy-br"), "96\r\n");
+  EXPECT_EQ(headerValue("X-ICY-BR96", "icy-br"), "96");
+  EXPECT_EQ(headerValue("icy-br:", "icy-br"), "");
+  EXPECT_EQ(headerValue("icy-name: 96", "icy-br"), std::nullopt);
+}
+
 }  // namespace
 }  // namespace quorin_test

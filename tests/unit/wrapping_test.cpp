@@ -18,5 +18,10 @@ TEST(Wrapping, ProductsBeyond64BitsKeepTheirLowBits) {
   EXPECT_EQ(wrappingProduct(1LL << 60, 8), std::numeric_limits<int64_t>::min());
 }
 
+TEST(Wrapping, DifferencesBeyond64BitsWrap) {
+  EXPECT_EQ(wrappingDifference(3, 5), -2);
+  EXPECT_EQ(wrappingDifference(std::numeric_limits<int64_t>::min(), 1), std::numeric_limits<int64_t>::max());
+}
+
 }  // namespace
 }  // namespace zu::md::common::quorin
