@@ -177,7 +177,7 @@ TEST_P(SourceContract, SeekSetsThePositionOfTheNextRead) {
     EXPECT_EQ(position(*source), target);
     const Bytes read = readUpTo(*source, 700, 512);
     ASSERT_EQ(read.size(), std::min<size_t>(700, bytes.size() - static_cast<size_t>(target))) << target;
-    EXPECT_TRUE(std::equal(read.begin(), read.end(), bytes.begin() + target)) << target;
+    EXPECT_TRUE(read == slice(bytes, target, 700)) << target;
     EXPECT_EQ(position(*source), target + static_cast<long long>(read.size()));
   }
 }
@@ -200,7 +200,7 @@ TEST_P(SourceContract, SeekingToOrBeyondTheEndMeetsTheEndAndTheWayBackIsOpen) {
     ASSERT_EQ(source->seek(2990), 0);
     const Bytes read = readUpTo(*source, 100, 100);
     ASSERT_EQ(read.size(), 10U);
-    EXPECT_TRUE(std::equal(read.begin(), read.end(), bytes.begin() + 2990));
+    EXPECT_TRUE(read == slice(bytes, 2990, 10));
   }
 }
 
@@ -217,7 +217,7 @@ TEST_P(SourceContract, ANegativeSeekIsRefusedAndThePositionStays) {
   }
   const Bytes read = readUpTo(*source, 100, 100);
   ASSERT_EQ(read.size(), 100U);
-  EXPECT_TRUE(std::equal(read.begin(), read.end(), bytes.begin() + 100));
+  EXPECT_TRUE(read == slice(bytes, 100, 100));
 }
 
 TEST_P(SourceContract, SeekCostsNothing) {
@@ -283,7 +283,7 @@ TEST_P(SourceContract, AnySequenceOfReadsAndSeeksAgreesWithTheBytes) {
       const Bytes read = readUpTo(*source, length, 4096);
       const auto left = static_cast<size_t>(std::max(0LL, size - expected));
       ASSERT_EQ(read.size(), std::min(length, left)) << "step " << step;
-      ASSERT_TRUE(std::equal(read.begin(), read.end(), bytes.begin() + std::min(expected, size))) << "step " << step;
+      ASSERT_TRUE(read == slice(bytes, expected, length)) << "step " << step;
       expected += static_cast<long long>(read.size());
     }
     ASSERT_EQ(position(*source), expected) << "step " << step;

@@ -118,7 +118,7 @@ class Random {
 
 class StrellRandomUse : public StrellContract {
  protected:
-  void run(const Bytes& audio, unsigned int seed, int steps);
+  void run(const Bytes& audio, const SourceScript& script, unsigned int seed, int steps);
   void step(Attached& attached, StrellModel& model, const Bytes& audio, Random& random);
 };
 
@@ -169,8 +169,8 @@ void StrellRandomUse::step(Attached& attached, StrellModel& model, const Bytes& 
   }
 }
 
-void StrellRandomUse::run(const Bytes& audio, unsigned int seed, int steps) {
-  const auto attached = attach(audio);
+void StrellRandomUse::run(const Bytes& audio, const SourceScript& script, unsigned int seed, int steps) {
+  const auto attached = attach(script);
   StrellModel model(GetParam(), audio);
   Random random(seed);
   for (int i = 0; i < steps; ++i) {
@@ -187,8 +187,9 @@ TEST_P(StrellRandomUse, AgreesWithTheModel) {
   unsigned int seed = 1;
   for (const size_t size : {0U, 1U, 100U, 4096U, 10000U, 65537U, 300000U, 1100000U}) {
     const Bytes audio = testBytes(size);
+    const SourceScript script = scriptOf(audio);
     for (int round = 0; round < 3; ++round) {
-      ASSERT_NO_FATAL_FAILURE(run(audio, seed++, 150));
+      ASSERT_NO_FATAL_FAILURE(run(audio, script, seed++, 150));
     }
   }
 }

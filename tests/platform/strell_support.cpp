@@ -65,13 +65,6 @@ long long tell(strell::Strell& media) {
   return offset;
 }
 
-Bytes slice(const Bytes& bytes, long long offset, size_t length) {
-  const auto size = static_cast<long long>(bytes.size());
-  const long long begin = std::min(offset, size);
-  const long long end = std::min(size, begin + static_cast<long long>(length));
-  return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(begin), bytes.begin() + static_cast<std::ptrdiff_t>(end));
-}
-
 Attached::Attached(const SourceScript& script, unsigned int metaint) {
   if (metaint == 0) {
     source = boost::make_shared<ScriptedSource>(script);

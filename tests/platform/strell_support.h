@@ -42,9 +42,6 @@ CacheRead readCacheAt(strell::Strell& media, unsigned int offset, unsigned int l
 
 long long tell(strell::Strell& media);
 
-/// The bytes [offset, offset + length) as far as there are any.
-Bytes slice(const Bytes& bytes, long long offset, size_t length);
-
 /// A source and the Strell it is attached to.
 struct Attached {
   /// @param metaint when above 0 the source has a response header with the line "icy-metaint: `metaint`"

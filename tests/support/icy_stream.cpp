@@ -20,8 +20,12 @@ Bytes icyStream(const Bytes& audio, unsigned int metaint, const std::vector<std:
     const auto from = audio.begin() + static_cast<std::ptrdiff_t>(offset);
     stream.insert(stream.end(), from, from + static_cast<std::ptrdiff_t>(count));
     if (count == metaint) {
-      const Bytes block = icyBlock(index < texts.size() ? texts[index] : std::string());
-      stream.insert(stream.end(), block.begin(), block.end());
+      if (index < texts.size() && !texts[index].empty()) {
+        const Bytes block = icyBlock(texts[index]);
+        stream.insert(stream.end(), block.begin(), block.end());
+      } else {
+        stream.push_back(0);
+      }
       ++index;
     }
   }

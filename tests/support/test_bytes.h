@@ -11,4 +11,7 @@ namespace quorin_test {
 /// same seed gives the same bytes, also for another count.
 Bytes testBytes(size_t count, unsigned int seed = 1);
 
+/// The bytes [offset, offset + length) as far as there are any.
+Bytes slice(const Bytes& bytes, long long offset, size_t length);
+
 }  // namespace quorin_test
