@@ -1,0 +1,103 @@
+#include "http/http_response.h"
+
+#include <strings.h>
+
+#include <charconv>
+
+namespace md::host {
+
+namespace {
+
+/// Status 1xx: the final response is still to come (RFC 9110, section 15.2).
+bool isInterim(std::string_view statusLine) {
+  const size_t blank = statusLine.find(' ');
+  return blank != std::string_view::npos && statusLine.substr(blank + 1, 1) == "1";
+}
+
+/// Takes a decimal number off the front of `text`.
+bool takeNumber(std::string_view& text, long long& number) {
+  if (text.empty() || text.front() < '0' || text.front() > '9') {
+    return false;  // from_chars would take a sign
+  }
+  const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), number);
+  text.remove_prefix(static_cast<size_t>(result.ptr - text.data()));
+  return result.ec == std::errc();
+}
+
+bool takeMark(std::string_view& text, char mark) {
+  if (text.empty() || text.front() != mark) {
+    return false;
+  }
+  text.remove_prefix(1);
+  return true;
+}
+
+/// A validator that only one of two responses carries tells nothing.
+bool agree(const std::string& one, const std::string& other) { return one.empty() || other.empty() || one == other; }
+
+}  // namespace
+
+bool HeaderBlock::add(std::string_view line) {
+  bytes_ += line.size();
+  if (line.size() > longestHeaderLine || bytes_ > largestHeader) {
+    return false;
+  }
+  if (complete_) {
+    return true;
+  }
+  lines_.emplace_back(line);
+  const bool ends = line == "\r\n" || line == "\n";
+  if (ends && isInterim(lines_.front())) {
+    lines_.clear();
+  } else {
+    complete_ = ends;
+  }
+  return true;
+}
+
+std::optional<ContentRange> parseContentRange(std::string_view value) {
+  constexpr std::string_view unit = "bytes ";
+  if (value.size() < unit.size() || strncasecmp(value.data(), unit.data(), unit.size()) != 0) {
+    return std::nullopt;
+  }
+  value.remove_prefix(unit.size());
+  ContentRange range = {0, 0, -1};
+  if (!takeNumber(value, range.first) || !takeMark(value, '-') || !takeNumber(value, range.last) ||
+      !takeMark(value, '/')) {
+    return std::nullopt;
+  }
+  const bool totalKnown = value != "*";
+  if (totalKnown && (!takeNumber(value, range.total) || !value.empty())) {
+    return std::nullopt;
+  }
+  if (range.first > range.last || (totalKnown && range.last >= range.total)) {
+    return std::nullopt;
+  }
+  return range;
+}
+
+bool opensSeekable(const HttpResponse& response) {
+  return response.status == 206 && response.contentRange && response.contentRange->first == 0 &&
+         response.contentRange->total >= 0 && !response.icyMetadata;
+}
+
+bool refusesRange(const HttpResponse& response) {
+  switch (response.status) {
+    case 206:  // a part of something whose other parts cannot be asked for
+      return !opensSeekable(response);
+    case 400:
+    case 406:  // media servers, for what they transcode
+    case 416:  // an empty item has no first byte
+    case 501:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool isSameItem(const HttpResponse& first, const HttpResponse& later) {
+  return first.contentRange && later.contentRange && first.contentRange->total == later.contentRange->total &&
+         agree(first.etag, later.etag) && agree(first.lastModified, later.lastModified);
+}
+
+}  // namespace md::host
