@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <boost/make_shared.hpp>
 #include <cmath>
 
@@ -41,13 +42,18 @@ Bytes cut(const Bytes& bytes, long long first, long long last) {
                bytes.begin() + static_cast<std::ptrdiff_t>(last) + 1);
 }
 
+/// From where the analyzer has the item on: the lines before name the URI.
+std::string linesOfTheAnalyzer(const Analysis& analysis) {
+  return analysis.log.substr(std::min(analysis.log.find("4000 AnalyzerAudioMp3::analyze() in"), analysis.log.size()));
+}
+
 /// What holds for every file: source in memory and on disk answer alike, the audio begins where ffprobe sees the first
 /// packet, and decoding from there gives the very samples of the whole file.
 Analysis expectSoundAnswer(const EncodedMp3& file) {
   const MemoryAnalysis memory(file.bytes());
   const Analysis onDisk(file.path());
   EXPECT_EQ(onDisk.answer, memory.analysis.answer);
-  EXPECT_EQ(onDisk.log.substr(onDisk.log.find('\n')), memory.analysis.log.substr(memory.analysis.log.find('\n')));
+  EXPECT_EQ(linesOfTheAnalyzer(onDisk), linesOfTheAnalyzer(memory.analysis));
   EXPECT_EQ(onDisk.status, 0);
   EXPECT_EQ(onDisk.value("sampling_frequency"), std::to_string(file.sampleRate()));
   EXPECT_EQ(onDisk.value("media_type"), "0");
