@@ -45,12 +45,6 @@ HttpRead readAt(MdchUrlBase& source, long long offset, size_t length) {
   return status == 0 ? readOn(source, length) : HttpRead{Bytes(), status};
 }
 
-Bytes slice(const Bytes& bytes, size_t offset, size_t length) {
-  const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(offset, bytes.size()));
-  return Bytes(first,
-               first + static_cast<std::ptrdiff_t>(std::min<size_t>(length, static_cast<size_t>(bytes.end() - first))));
-}
-
 std::deque<std::string> headerLines(MdchUrlBase& source) {
   std::deque<std::string> lines;
   dynamic_cast<md::HttpAccess&>(source).getHeaderList(lines);

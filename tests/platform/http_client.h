@@ -6,6 +6,7 @@
 
 #include "md/url.h"
 #include "support/scripted_source.h"
+#include "support/test_bytes.h"
 
 /// @file
 /// Opening and reading URLs in as few words as the tests deserve.
@@ -41,9 +42,6 @@ HttpRead readOn(MdchUrlBase& source, size_t length = static_cast<size_t>(-1), un
 
 /// The same from another position.
 HttpRead readAt(MdchUrlBase& source, long long offset, size_t length);
-
-/// Part of `bytes`.
-Bytes slice(const Bytes& bytes, size_t offset, size_t length);
 
 std::deque<std::string> headerLines(MdchUrlBase& source);
 
