@@ -74,3 +74,5 @@ int mdch_OpenUrl(const char* uri, int, const MdchOpenParams& params, boost::shar
 void md::registerUrlScheme(const std::string& scheme, UrlOpener opener) {
   Registry::instance().set(md::host::lowerCased(scheme), std::move(opener));
 }
+
+md::UrlOpener md::urlOpener(const std::string& scheme) { return Registry::instance().find(host::lowerCased(scheme)); }

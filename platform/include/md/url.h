@@ -133,8 +133,21 @@ using UrlOpener =
 
 /// Registers the opener of a scheme, replacing the one registered before. May be called from any thread, also
 /// from an opener; a call of the previous opener that is under way runs to its end.
-/// @param scheme without the colon, upper and lower case alike
+/// @param scheme without the colon, upper and lower case alike; empty for paths
 /// @param opener an empty function unregisters; a built-in opener shows again then
 MD_API void registerUrlScheme(const std::string& scheme, UrlOpener opener);
+
+/// The opener that `mdch_OpenUrl` asks for a scheme at present: the registered one, else the built-in one. So a caller
+/// can put an opener of his own around it, one that counts or watches:
+/// @code
+///   md::registerUrlScheme("http", [inner = md::urlOpener("http")](auto& uri, auto& params, auto& url) {
+///     const int code = inner(uri, params, url);
+///     ...
+///     return code;
+///   });
+/// @endcode
+/// @param scheme as above
+/// @return an empty function when nothing opens the scheme
+MD_API UrlOpener urlOpener(const std::string& scheme);
 
 }  // namespace md
