@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quorin_command {
+
+/// Why an item has no answer.
+struct ItemError {
+  std::string name;     ///< for programs; one of a fixed set that docs/record.schema.json lists
+  std::string message;  ///< for people; begins in lower case and does not name the item
+};
+
+/// The error of an item that could not be opened, or whose analysis ended early.
+/// @param status what the library returned
+/// @param openCode what the URL layer returned
+ItemError openError(std::string_view uri, int status, int openCode);
+
+/// The error of an item that broke while it was read.
+/// @param failure what `read` returned
+ItemError readError(int failure);
+
+ItemError notRecognised();
+ItemError emptyItem();
+
+/// A name that holds a NUL would be cut there and name another item.
+ItemError nulInName();
+
+/// Something in the command or the library that should not have happened.
+ItemError internalError(const std::string& what);
+
+}  // namespace quorin_command

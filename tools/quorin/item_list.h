@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorin_command {
+
+/// The items of one run: those of the command line, then those of a list, which is read as it is needed.
+class ItemList {
+ public:
+  /// @param list path of the list, "-" for standard input, empty for none
+  /// @param separator what ends a name of the list: a line feed or NUL
+  ItemList(std::vector<std::string> words, const std::string& list, char separator);
+
+  /// Takes the next name. Empty lines of the list are no names.
+  /// @return false at the end, and when the list cannot be read (on)
+  bool next(std::string& name);
+
+  /// errno of the failure to open or read the list; 0 when there was none.
+  int error() const { return error_; }
+
+ private:
+  bool nextOfList(std::string& name);
+
+  std::vector<std::string> words_;
+  size_t taken_ = 0;
+  std::unique_ptr<FILE, int (*)(FILE*)> list_;
+  char separator_;
+  int error_ = 0;
+};
+
+}  // namespace quorin_command

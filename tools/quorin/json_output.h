@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "record.h"
+
+namespace quorin_command {
+
+/// The record as one line of JSON, line end included. Names and meaning: docs/record.schema.json. What is not known is
+/// left out; bytes of the item that are no UTF-8 read U+FFFD, except for a URI, which then travels as base64.
+std::string jsonLine(const Record& record);
+
+}  // namespace quorin_command

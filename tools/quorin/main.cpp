@@ -1,0 +1,50 @@
+#include <clocale>
+#include <exception>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "exit_codes.h"
+#include "library_setup.h"
+#include "options.h"
+#include "output.h"
+#include "probe.h"
+#include "talk.h"
+
+namespace {
+
+using namespace quorin_command;
+
+int runCommand(const Options& options) {
+  if (const std::string wrong = setUpLibrary(options); !wrong.empty()) {
+    complain(wrong);
+    return EXIT_USAGE;
+  }
+  return probe(options);
+}
+
+int run(const std::vector<std::string>& arguments) {
+  const auto commandLine = parseCommandLine(arguments);
+  if (const auto* wrong = std::get_if<UsageError>(&commandLine)) {
+    complain(wrong->cause + " ('quorin --help' tells more)");
+    return EXIT_USAGE;
+  }
+  if (const auto* answer = std::get_if<Answer>(&commandLine)) {
+    return writeData(answer->text) ? EXIT_ALL_RECOGNISED : EXIT_OUTPUT;
+  }
+  return runCommand(std::get<Options>(commandLine));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  prepareStreams();
+  std::setlocale(LC_CTYPE, "");
+  try {
+    const int status = run({argv + (argc > 0 ? 1 : 0), argv + argc});
+    return closeData() ? status : EXIT_OUTPUT;
+  } catch (const std::exception& exception) {
+    complain(std::string("internal error: ") + exception.what());
+    return EXIT_OUTPUT;
+  }
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "quorin/analyzer.h"
+#include "strell/strell.h"
+#include "terminal.h"
+
+namespace quorin_command {
+
+/// A medium for vdr2:// URIs.
+struct Medium {
+  std::string uuid;
+  std::string directory;
+};
+
+/// A command line, understood and checked.
+struct Options {
+  std::vector<std::string> words;  ///< the items
+  std::string filesFrom;           ///< list of further items; "-": standard input
+  bool nulSeparated = false;       ///< what separates the names in that list
+  zu::md::common::quorin::Analyzer::Mode_t mode = zu::md::common::quorin::Analyzer::MODE_AUDIO;
+  zu::md::common::strell::OpenParams open;  ///< how items are opened; without URI
+  std::vector<Medium> media;
+  bool json = false;
+  bool quiet = false;
+  ColorWish color = ColorWish::Auto;
+  uint32_t logLevel = 0;  ///< level of the library's debug output
+};
+
+/// What to answer at once: help, or the version.
+struct Answer {
+  std::string text;
+};
+
+/// What is wrong with the command line, in one line.
+struct UsageError {
+  std::string cause;
+};
+
+/// Understands a command line. Every option of the command is defined here and nowhere else.
+/// @param arguments without the program's name
+std::variant<Options, Answer, UsageError> parseCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace quorin_command

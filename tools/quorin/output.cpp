@@ -1,0 +1,88 @@
+#include "output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "exit_codes.h"
+#include "talk.h"
+
+namespace quorin_command {
+
+namespace {
+
+volatile std::sig_atomic_t lineUnderWay = 0;
+volatile std::sig_atomic_t interrupted = 0;
+
+void onInterrupt(int /*signal*/) {
+  if (lineUnderWay == 0 || interrupted != 0) {
+    ::_exit(EXIT_INTERRUPTED);
+  }
+  interrupted = 1;
+}
+
+int writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<size_t>(written));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+/// Says what is wrong with standard output, if anything.
+/// @return whether all is well
+bool isFine(int error) {
+  if (error != 0) {
+    complain("standard output", reasonOf(error));
+  }
+  return error == 0;
+}
+
+/// A closed standard stream is replaced by one on which every use fails, so that no file or connection gets its number.
+void fillClosedStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(descriptor, F_GETFD) < 0) {
+      static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
+  }
+}
+
+}  // namespace
+
+void prepareStreams() {
+  fillClosedStreams();
+  struct sigaction ignore = {};
+  ignore.sa_handler = SIG_IGN;
+  ::sigaction(SIGPIPE, &ignore, nullptr);
+  struct sigaction before = {};
+  // A shell that starts a program in the background tells it to ignore SIGINT; so it stays.
+  if (::sigaction(SIGINT, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) {
+    return;
+  }
+  struct sigaction end = {};
+  end.sa_handler = onInterrupt;
+  end.sa_flags = SA_RESTART;
+  ::sigaction(SIGINT, &end, nullptr);
+}
+
+bool writeData(std::string_view text) {
+  lineUnderWay = 1;
+  const int error = writeAll(STDOUT_FILENO, text);
+  lineUnderWay = 0;
+  if (interrupted != 0) {
+    ::_exit(EXIT_INTERRUPTED);
+  }
+  return isFine(error);
+}
+
+bool closeData() { return isFine(::close(STDOUT_FILENO) == 0 ? 0 : errno); }
+
+void writeTalk(std::string_view text) { static_cast<void>(writeAll(STDERR_FILENO, text)); }
+
+}  // namespace quorin_command

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string_view>
+
+/// @file
+/// Standard output and standard error. Data leaves in whole lines: SIGINT ends the program at once, unless a line is on
+/// its way; then as soon as the line is out, or at the second SIGINT.
+
+namespace quorin_command {
+
+/// To be called first in the program. Makes sure that nothing opened later lands on a closed standard stream, that a
+/// reader who goes away shows as a failed write, and that SIGINT ends the program with EXIT_INTERRUPTED.
+void prepareStreams();
+
+/// Writes to standard output, to the last byte.
+/// @return false after saying on standard error why not
+bool writeData(std::string_view text);
+
+/// Closes standard output: the last chance to learn that a disk is full.
+/// @return false after saying on standard error why not
+bool closeData();
+
+/// Writes to standard error; a failure has nobody to be told to.
+void writeTalk(std::string_view text);
+
+}  // namespace quorin_command

@@ -1,0 +1,23 @@
+#pragma once
+
+namespace quorin_command {
+
+/// What the URL layer answered while one item was analysed.
+struct Sighting {
+  static constexpr int noOpener = 93;
+
+  int openCode = noOpener;  ///< code of `mdch_OpenUrl`
+  int readFailure = 0;      ///< the last failure of a `read`; 0 when there was none
+};
+
+/// Puts a watching opener around every opener of the host. The library tells that an item cannot be opened or read, not
+/// why; here it can be learned without opening the item a second time.
+void watchSources();
+
+/// What this thread has seen since the last `forgetSightings`.
+const Sighting& sighting();
+
+/// To be called before each item.
+void forgetSightings();
+
+}  // namespace quorin_command
