@@ -1,0 +1,109 @@
+"""The exit status, and what happens when the output cannot be written."""
+
+import json
+import os
+import signal
+import subprocess
+import time
+
+import pytest
+
+from conftest import COMMAND, TIME_LIMIT, clean_environment
+
+
+@pytest.mark.parametrize("items, status", [
+    (["01 Opening.mp3"], 0),
+    (["01 Opening.mp3", "02 日本語の歌.mp3"], 0),
+    (["01 Opening.mp3", "missing.mp3"], 1),
+    (["01 Opening.mp3", "noise.bin"], 1),
+    (["noise.bin"], 1),
+    (["missing.mp3", "noise.bin"], 1),
+    (["missing.mp3"], 3),
+    (["missing.mp3", "also missing.mp3"], 3),
+])
+@pytest.mark.parametrize("form", [[], ["--json"]])
+def test_status(quorin, album, items, status, form):
+    assert quorin(*form, *items).code == status
+
+
+@pytest.mark.parametrize("arguments", [["01 Opening.mp3"], ["01 Opening.mp3", "noise.bin"],
+                                       ["--json", "01 Opening.mp3"], ["--help"], ["--version"]])
+def test_a_full_disk(quorin, album, arguments):
+    with open("/dev/full", "wb") as full:
+        result = quorin(*arguments, stdout=full)
+    assert (result.code, result.complaints) == (4, ["quorin: standard output: no space left on device"])
+
+
+@pytest.mark.parametrize("arguments", [["01 Opening.mp3"], ["--json", "01 Opening.mp3"], ["--help"]])
+def test_a_closed_standard_output(quorin, album, arguments):
+    result = quorin(*arguments, stdout=None, preexec_fn=lambda: os.close(1))
+    assert (result.code, result.complaints) == (4, ["quorin: standard output: bad file descriptor"])
+
+
+def test_a_reader_who_goes_away(quorin, album):
+    read_end, write_end = os.pipe()
+    os.close(read_end)
+    result = quorin("--json", "01 Opening.mp3", "noise.bin", stdout=write_end)
+    os.close(write_end)
+    assert (result.code, result.complaints) == (4, ["quorin: standard output: broken pipe"])
+
+
+def test_a_closed_standard_error_is_no_trouble(quorin, album):
+    process = subprocess.run([COMMAND, "--json", "missing.mp3"], cwd=album, env=clean_environment(),
+                             stdout=subprocess.PIPE, preexec_fn=lambda: os.close(2), timeout=TIME_LIMIT)
+    assert process.returncode == 3
+    assert json.loads(process.stdout)["kind"] == "error"
+
+
+def start(album, *arguments, **how):
+    return subprocess.Popen([COMMAND, *arguments], cwd=album, env=clean_environment(), stderr=subprocess.PIPE, **how)
+
+
+def test_an_interrupt_ends_a_waiting_command(quorin, album):
+    os.mkfifo(album / "fifo")
+    process = start(album, "--json", "01 Opening.mp3", "fifo", stdout=subprocess.PIPE)
+    first = process.stdout.readline()
+    process.send_signal(signal.SIGINT)
+    rest, _ = process.communicate(timeout=TIME_LIMIT)
+    assert process.returncode == 130
+    assert json.loads(first)["kind"] == "audio"
+    assert rest == b""
+
+
+def test_an_interrupt_leaves_only_whole_lines(quorin, album):
+    names = b"".join(b"%d-%s\n" % (n, b"x" * 200) for n in range(2000))
+    (album / "list").write_bytes(names)
+    process = start(album, "-q", "--json", "--files-from", "list", stdout=subprocess.PIPE, bufsize=0)
+    process.stdout.read(1)  # now the pipe runs full, and the command is stuck in the middle of a line
+    time.sleep(0.3)
+    process.send_signal(signal.SIGINT)
+    out, _ = process.communicate(timeout=TIME_LIMIT)
+    assert process.returncode == 130
+    assert out.endswith(b"}\n")
+    for line in (b"{" + out).splitlines():
+        json.loads(line)
+
+
+def test_a_second_interrupt_does_not_wait_for_the_reader(quorin, album):
+    (album / "list").write_bytes(b"".join(b"%d-%s\n" % (n, b"x" * 200) for n in range(2000)))
+    process = start(album, "-q", "--json", "--files-from", "list", stdout=subprocess.PIPE, bufsize=0)
+    process.stdout.read(1)
+    time.sleep(0.3)
+    process.send_signal(signal.SIGINT)
+    time.sleep(0.1)
+    process.send_signal(signal.SIGINT)
+    assert process.wait(TIME_LIMIT) == 130
+    process.stdout.close()
+    process.stderr.close()
+
+
+def test_a_command_in_the_background_ignores_interrupts_as_its_shell_wants(quorin, album):
+    os.mkfifo(album / "fifo")
+    process = start(album, "fifo", stdout=subprocess.DEVNULL,
+                    preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_IGN))
+    with open(album / "fifo", "wb"):  # opens when the command has opened its end
+        process.send_signal(signal.SIGINT)
+        time.sleep(0.1)
+        assert process.poll() is None
+    process.communicate(timeout=TIME_LIMIT)
+    assert process.returncode == 1

@@ -1,0 +1,115 @@
+"""Servers on the loopback for the tests of the command."""
+
+import contextlib
+import pathlib
+import shutil
+import socket
+import subprocess
+import threading
+import time
+
+CONFIGURATION = """
+load_module /usr/lib/nginx/modules/ndk_http_module.so;
+load_module /usr/lib/nginx/modules/ngx_http_lua_module.so;
+daemon off; worker_processes 1; pid nginx.pid; error_log error.log; user root;
+events { worker_connections 64; }
+http {
+  log_format whole '$status $request_method $request_uri|$http_user_agent|$http_x_test|$http_authorization';
+  access_log access.log whole;
+  client_body_temp_path tmp/b; proxy_temp_path tmp/p; fastcgi_temp_path tmp/f; uwsgi_temp_path tmp/u;
+  scgi_temp_path tmp/s;
+  types { audio/mpeg mp3; audio/x-mpegurl m3u; }
+  root www;
+  server {
+    listen 127.0.0.1:%(http)d;
+    listen 127.0.0.1:%(https)d ssl;
+    ssl_certificate server.pem; ssl_certificate_key server.key;
+    location / { }
+    location = /moved { return 302 http://127.0.0.1:%(http)d/song.mp3; }
+    location = /lost { content_by_lua_block { ngx.status = 302; return ngx.exit(ngx.OK) } }
+    location ~ ^/status/(?<code>\\d+)$ { content_by_lua_block {
+      ngx.status = tonumber(ngx.var.code); ngx.say("status"); return ngx.exit(ngx.OK) } }
+  }
+}
+"""
+
+CERTIFICATES = """
+set -e
+key="-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes"
+openssl req -x509 $key -keyout ca.key -out ca.pem -days 2 -subj "/CN=Test authority"
+openssl req -new $key -keyout server.key -out server.csr -subj "/CN=Test server"
+echo "subjectAltName=IP:127.0.0.1" > names
+openssl x509 -req -in server.csr -CA ca.pem -CAkey ca.key -CAcreateserial -out server.pem -days 2 -extfile names
+"""
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+class Nginx:
+    """A real server: its root is `www`; /status/N answers N, /moved leads to /song.mp3, /lost
+    redirects to nowhere; https with a certificate that only `ca` has signed."""
+
+    def __init__(self, folder):
+        self.folder = pathlib.Path(folder)
+        self.www = self.folder / "www"
+        self.http, self.https = free_port(), free_port()
+        self.url = f"http://127.0.0.1:{self.http}"
+        self.secure_url = f"https://127.0.0.1:{self.https}"
+        self.ca = self.folder / "ca.pem"
+
+    def __enter__(self):
+        self.www.mkdir()
+        (self.folder / "tmp").mkdir()
+        subprocess.run(["sh", "-c", CERTIFICATES], cwd=self.folder, check=True, capture_output=True)
+        (self.folder / "nginx.conf").write_text(CONFIGURATION % {"http": self.http, "https": self.https})
+        nginx = shutil.which("nginx", path="/usr/sbin:/usr/bin")
+        self.process = subprocess.Popen(
+            [nginx, "-p", str(self.folder), "-c", str(self.folder / "nginx.conf"), "-e", str(self.folder / "error.log")]
+        )
+        for _ in range(200):
+            if (self.folder / "nginx.pid").exists():
+                return self
+            if self.process.poll() is not None:
+                break
+            time.sleep(0.05)
+        self.process.kill()
+        raise RuntimeError("nginx does not start: " + (self.folder / "error.log").read_text())
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        self.process.wait(10)
+
+    def requests(self):
+        """One line per request: status, method, URI | user agent | X-Test | authorization."""
+        time.sleep(0.1)  # nginx logs after it has answered
+        return (self.folder / "access.log").read_text().splitlines()
+
+
+@contextlib.contextmanager
+def scripted_server(answer):
+    """A server that sends `answer` to whoever connects and then says no more. Yields its URL."""
+    listener = socket.create_server(("127.0.0.1", 0))
+    connections = []
+
+    def serve():
+        with contextlib.suppress(OSError):
+            while True:
+                connection, _ = listener.accept()
+                connections.append(connection)
+                connection.recv(65536)
+                connection.sendall(answer)
+
+    thread = threading.Thread(target=serve, daemon=True)
+    thread.start()
+    try:
+        yield f"http://127.0.0.1:{listener.getsockname()[1]}"
+    finally:
+        listener.shutdown(socket.SHUT_RDWR)
+        listener.close()
+        for connection in connections:
+            connection.close()
+        thread.join(10)
