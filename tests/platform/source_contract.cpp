@@ -58,6 +58,15 @@ long long SourceContract::position(MdchUrlBase& source) {
   return offset;
 }
 
+bool SourceContract::onlyRefusesToSeek(MdchUrlBase& source) {
+  if (GetParam().seekable) {
+    return false;
+  }
+  EXPECT_LT(source.seek(1), 0);
+  EXPECT_EQ(position(source), 0);
+  return true;
+}
+
 TEST_P(SourceContract, StandsAtTheStartAfterOpening) {
   const auto source = open(testBytes(100));
   EXPECT_EQ(position(*source), 0);
@@ -152,7 +161,7 @@ TEST_P(SourceContract, TellsWhetherItCanSeek) {
 
 TEST_P(SourceContract, ASourceThatCannotSeekRefusesAndReadsOn) {
   if (GetParam().seekable) {
-    GTEST_SKIP() << "can seek";
+    return;
   }
   const Bytes bytes = testBytes(5000);
   const auto source = open(bytes);
@@ -167,11 +176,11 @@ TEST_P(SourceContract, ASourceThatCannotSeekRefusesAndReadsOn) {
 }
 
 TEST_P(SourceContract, SeekSetsThePositionOfTheNextRead) {
-  if (!GetParam().seekable) {
-    GTEST_SKIP() << "cannot seek";
-  }
   const Bytes bytes = testBytes(200000);
   const auto source = open(bytes);
+  if (onlyRefusesToSeek(*source)) {
+    return;
+  }
   for (const long long target : {199999LL, 0LL, 1LL, 65536LL, 65535LL, 100000LL, 100000LL, 100001LL, 150000LL, 5LL}) {
     ASSERT_EQ(source->seek(target), 0) << target;
     EXPECT_EQ(position(*source), target);
@@ -183,11 +192,11 @@ TEST_P(SourceContract, SeekSetsThePositionOfTheNextRead) {
 }
 
 TEST_P(SourceContract, SeekingToOrBeyondTheEndMeetsTheEndAndTheWayBackIsOpen) {
-  if (!GetParam().seekable) {
-    GTEST_SKIP() << "cannot seek";
-  }
   const Bytes bytes = testBytes(3000);
   const auto source = open(bytes);
+  if (onlyRefusesToSeek(*source)) {
+    return;
+  }
   for (const long long target : {3000LL, 3001LL, 1000000LL, 0x100000000LL}) {
     ASSERT_EQ(source->seek(target), 0) << target;
     EXPECT_EQ(position(*source), target);
@@ -205,11 +214,11 @@ TEST_P(SourceContract, SeekingToOrBeyondTheEndMeetsTheEndAndTheWayBackIsOpen) {
 }
 
 TEST_P(SourceContract, ANegativeSeekIsRefusedAndThePositionStays) {
-  if (!GetParam().seekable) {
-    GTEST_SKIP() << "cannot seek";
-  }
   const Bytes bytes = testBytes(3000);
   const auto source = open(bytes);
+  if (onlyRefusesToSeek(*source)) {
+    return;
+  }
   ASSERT_EQ(readUpTo(*source, 100, 100).size(), 100U);
   for (const long long target : {-1LL, -100LL, LLONG_MIN}) {
     EXPECT_LT(source->seek(target), 0) << target;
@@ -221,10 +230,10 @@ TEST_P(SourceContract, ANegativeSeekIsRefusedAndThePositionStays) {
 }
 
 TEST_P(SourceContract, SeekCostsNothing) {
-  if (!GetParam().seekable) {
-    GTEST_SKIP() << "cannot seek";
-  }
   const auto source = open(testBytes(200000));
+  if (onlyRefusesToSeek(*source)) {
+    return;
+  }
   const UrlCost before = source->cost();
   for (const long long target : {150000LL, 0LL, 200000LL, 300000LL, 10LL}) {
     ASSERT_EQ(source->seek(target), 0);
@@ -243,9 +252,9 @@ TEST_P(SourceContract, ACountingSourceCountsAtLeastWhatItDelivered) {
   if (cost.reads == 0) {
     EXPECT_EQ(cost.bytes, 0U);
     EXPECT_EQ(cost.requests, 0U);
-    GTEST_SKIP() << "does not count";
+  } else {
+    EXPECT_GE(cost.bytes, bytes.size());
   }
-  EXPECT_GE(cost.bytes, bytes.size());
 }
 
 TEST_P(SourceContract, SourcesSideBySideDoNotDisturbEachOther) {
@@ -268,7 +277,7 @@ TEST_P(SourceContract, SourcesSideBySideDoNotDisturbEachOther) {
 TEST_P(SourceContract, AnySequenceOfReadsAndSeeksAgreesWithTheBytes) {
   const Bytes bytes = testBytes(120000);
   const auto size = static_cast<long long>(bytes.size());
-  std::mt19937 random(20240517);
+  std::mt19937 random(20240517);  // NOLINT(cert-msc51-cpp): a failure has to come back
   const auto below = [&random](unsigned int limit) { return static_cast<long long>(random() % limit); };
   const auto source = open(bytes);
   long long expected = 0;

@@ -72,6 +72,9 @@ class SourceContract : public testing::TestWithParam<SourceKind> {
   /// The position that the source tells.
   static long long position(MdchUrlBase& source);
 
+  /// For tests of seeking: true for a fresh source that cannot seek, which has nothing to show but that it refuses.
+  static bool onlyRefusesToSeek(MdchUrlBase& source);
+
  private:
   std::unique_ptr<SourceFactory> factory_;
 };

@@ -52,7 +52,7 @@ CacheRead readCache(strell::Strell& media, unsigned int length) {
 CacheRead readCacheAt(strell::Strell& media, unsigned int offset, unsigned int length) {
   const int status = media.setDataCacheOffset(offset);
   EXPECT_EQ(media.getDataCacheOffset(), offset);
-  const CacheRead read = readCache(media, length);
+  CacheRead read = readCache(media, length);
   if (status != 0) {
     EXPECT_TRUE(read.null) << "readable after a failed setDataCacheOffset";
   }

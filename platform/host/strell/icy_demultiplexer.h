@@ -18,7 +18,7 @@ class IcyDemultiplexer {
   /// Memory for blocks that were met and not handed out yet, in bytes. A head full of real radio has at most a
   /// hundred short titles; a stream that puts a block of 4080 bytes behind every audio byte would need 4 GiB. Blocks
   /// that come when it is used up are dropped.
-  static constexpr size_t maxKeptBytes = 256 * 1024;
+  static constexpr size_t maxKeptBytes = size_t{256} * 1024;
   /// What a kept block costs besides its text, so that a million tiny ones count.
   static constexpr size_t keptBlockOverhead = 64;
 

@@ -1,5 +1,7 @@
 #include "strell/strell.h"
 
+#include <utility>
+
 #include "strell/strell_impl.h"
 
 namespace zu::md::common::strell {
@@ -12,7 +14,7 @@ int Strell::attach(boost::shared_ptr<MdchUrlBase> url) {
   if (!url) {
     return NO_SOURCE;
   }
-  impl_.reset(new Impl(url));
+  impl_.reset(new Impl(std::move(url)));
   return 0;
 }
 

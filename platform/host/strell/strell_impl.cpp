@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "strell/icy_metaint.h"
 
@@ -30,8 +31,8 @@ CacheRegion regionFrom(uint64_t start) {
 
 }  // namespace
 
-Strell::Impl::Impl(const boost::shared_ptr<MdchUrlBase>& url)
-    : source_(url),
+Strell::Impl::Impl(boost::shared_ptr<MdchUrlBase> url)
+    : source_(std::move(url)),
       stream_(source_, metaintOf(source_)),
       head_(0, source_.seekable() ? seekableHeadCapacity : sequentialHeadCapacity),
       seekRegion_(0, 0) {}

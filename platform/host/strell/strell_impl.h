@@ -20,7 +20,7 @@ namespace zu::md::common::strell {
 /// that cannot seek, or must not because of its metadata, needs no care of its own.
 class Strell::Impl {
  public:
-  explicit Impl(const boost::shared_ptr<MdchUrlBase>& url);
+  explicit Impl(boost::shared_ptr<MdchUrlBase> url);
 
   int readDataCache(unsigned int length, unsigned char*& data);
   const unsigned char* peekDataCache(unsigned int& length);
