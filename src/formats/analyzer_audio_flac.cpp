@@ -25,6 +25,10 @@ constexpr unsigned blockHeaderSize = 4;    // bytes
 constexpr uint16_t smallestBlock = 16;     // samples
 constexpr unsigned fewestBits = 4;         // per sample
 constexpr unsigned pictureShapeSize = 16;  // bytes: width, height, colour depth, colour count
+/// Blocks that a walk seeks to. Each costs a fill of the cache, over HTTP a request, and a hostile file has room for
+/// millions of empty ones; no encoder writes more than a few dozen.
+constexpr unsigned maxSoughtBlocks = 4096;
+
 constexpr uint32_t microsecondsPerSecond = 1000000;
 
 enum BlockType : unsigned { StreaminfoBlock = 0, CueSheetBlock = 5, PictureBlock = 6 };
@@ -96,7 +100,7 @@ bool AnalyzerAudioFlac::checkFlac() {
   }
   QUORIN_LOG(Debug, "AnalyzerAudioFlac::%s(): found FLAC sync sequence\n", __func__);
   const FileFacts file = noteFile(*strell_, *result_);
-  Walk walk = {strell_->getDataCacheOffset(), file.isSeekable, false};
+  Walk walk = {strell_->getDataCacheOffset(), file.isSeekable, false, 0};
   if (!walkMetadata(walk)) {
     return false;
   }
@@ -157,6 +161,10 @@ bool AnalyzerAudioFlac::moveToBody(Walk& walk, const Block& block) {
     }
     QUORIN_LOG(Debug, "AnalyzerAudioFlac::%s(): Cache too small. Switch to seek-mode\n", name);
     walk.seeking = true;
+  }
+  if (++walk.sought > maxSoughtBlocks) {
+    QUORIN_LOG(Error, "AnalyzerAudioFlac::%s(): stop analyzing. Too many metadata blocks\n", name);
+    return false;
   }
   if (const int status = strell_->seek(body); status != STATUS_OK) {
     QUORIN_LOG(Error, "AnalyzerAudioFlac::%s(): can not seek. Error=%i \n", name, status);

@@ -26,6 +26,7 @@ class AnalyzerAudioFlac : public AnalyzerBase {
     int64_t position;  ///< of the next block header, from the start of the stream
     bool maySeek;
     bool seeking;
+    unsigned sought;  ///< blocks reached by seeking
   };
   struct Block {
     unsigned type;

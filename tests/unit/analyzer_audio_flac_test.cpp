@@ -722,16 +722,26 @@ TEST(AnalyzerAudioFlac, AWalkThatFailsAt4GiBEndsTheSearch) {
   }
 }
 
-TEST(AnalyzerAudioFlac, BlocksWithoutABodyLeadOn) {
-  Bytes blocks;
-  for (int i = 0; i < 50000; ++i) {
-    blocks.insert(blocks.end(), {FlacPadding, 0, 0, 0});
-  }
-  const LogCapture quiet(0);
-  const auto strell =
-      Analysis::open(boost::make_shared<ScriptedSource>(scriptOf(seekingFile(concat({blocks, filler(someAudio)})))));
-  boost::shared_ptr<Info> info;
-  EXPECT_EQ(AnalyzerAudioFlac().analyze(strell, info), STATUS_NOT_THIS_FORMAT);
+/// A file whose walk seeks to `count` blocks, all but the first of them empty.
+Bytes fileOfSoughtBlocks(size_t count) {
+  const Bytes empty = repeat(flacBlockHeader(FlacPadding, false, 0), count - 2);
+  return seekingFile(concat({empty, flacBlockHeader(FlacPadding, true, 0), filler(someAudio)}));
+}
+
+// A file of 16 MiB could otherwise make the source read 16 GiB.
+TEST(AnalyzerAudioFlac, AWalkSeeksTo4096BlocksAtMost) {
+  EXPECT_EQ(Analysis(fileOfSoughtBlocks(4096)).status, STATUS_OK);
+  const Analysis analysis(fileOfSoughtBlocks(4097));
+  EXPECT_EQ(analysis.status, STATUS_NOT_THIS_FORMAT);
+  EXPECT_TRUE(analysis.logged("3000 AnalyzerAudioFlac::checkFlac(): stop analyzing. Too many metadata blocks\n" +
+                              std::string(notSuccessful) + "\n5000 AnalyzerAudioFlac::analyze() out not found. "));
+}
+
+TEST(AnalyzerAudioFlac, BlocksInTheCacheAreNotCounted) {
+  const Bytes file = concat({text("fLaC"), flacBlockHeader(FlacStreaminfo, false, 34), flacStreaminfoBody(),
+                             repeat(flacBlockHeader(FlacPadding, false, 0), 10000),
+                             flacBlockHeader(FlacPadding, true, 0), filler(someAudio)});
+  EXPECT_EQ(Analysis(file).status, STATUS_OK);
 }
 
 }  // namespace
