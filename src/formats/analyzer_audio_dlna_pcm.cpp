@@ -1,6 +1,5 @@
 #include "formats/analyzer_audio_dlna_pcm.h"
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/predicate.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/lexical_cast.hpp>
@@ -90,7 +89,8 @@ Parameters readParameters(const std::string& contentType, AnalyzerResult& result
   Parameters parameters;
   std::vector<std::string> tokens;
   // kept: nothing is trimmed, so a parameter behind a blank is not seen and the stream is left to other players
-  boost::algorithm::split(tokens, contentType, boost::algorithm::is_any_of(";"), boost::algorithm::token_compress_on);
+  const auto isSeparator = [](char c) { return c == ';'; };
+  boost::algorithm::split(tokens, contentType, isSeparator, boost::algorithm::token_compress_on);
   for (const std::string& token : tokens) {
     QUORIN_LOG(Info, "AnalyzerAudioDlnaPcm::%s() token='%s'\n", name, token.c_str());
     if (boost::algorithm::starts_with(token, rateKey)) {
