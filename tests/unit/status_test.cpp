@@ -7,6 +7,7 @@ namespace {
 static_assert(STATUS_OK == 0);
 static_assert(STATUS_TRANSLATED == 1);
 static_assert(STATUS_BEHIND == -1);
+static_assert(STATUS_BAD_ARGUMENT == -1);
 static_assert(STATUS_NOT_THIS_FORMAT == -287);
 static_assert(STATUS_NO_MEMORY == -291);
 static_assert(STATUS_NO_ARGUMENT == -292);
