@@ -121,27 +121,6 @@ uint32_t levelOf(const uint32_t record[3]) { return record[0] & 0xffff; }
 /// A line of usual length needs no allocation.
 constexpr size_t usualLineSize = 512;
 
-__attribute__((format(printf, 2, 0))) void writeFormatted(const uint32_t record[3], const char* format,
-                                                          va_list arguments) {
-  std::array<char, usualLineSize> usual;
-  va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(usual.data(), usual.size(), format, again);
-  va_end(again);
-  if (length < 0) {
-    return;
-  }
-  const auto size = static_cast<size_t>(length);
-  if (size < usual.size()) {
-    Output::instance().write(moduleOf(record), levelOf(record), {usual.data(), size});
-    return;
-  }
-  std::string whole(size + 1, '\0');
-  static_cast<void>(std::vsnprintf(whole.data(), whole.size(), format, arguments));
-  whole.pop_back();
-  Output::instance().write(moduleOf(record), levelOf(record), whole);
-}
-
 }  // namespace
 
 extern "C" int obqDebugCheckLevelGetFrameAndChunk(const uint32_t record[3]) {
@@ -150,13 +129,26 @@ extern "C" int obqDebugCheckLevelGetFrameAndChunk(const uint32_t record[3]) {
 
 extern "C" void obqDebugOutput0(const uint32_t record[3], const char* format, ...) {
   const int errorOfCaller = errno;
+  std::array<char, usualLineSize> usual;
   va_list arguments;
   va_start(arguments, format);
+  const int length = std::vsnprintf(usual.data(), usual.size(), format, arguments);
+  va_end(arguments);
+  const auto size = static_cast<size_t>(std::max(length, 0));
   try {
-    writeFormatted(record, format, arguments);
+    std::string whole;
+    if (size >= usual.size()) {
+      whole.resize(size + 1);
+      va_start(arguments, format);
+      static_cast<void>(std::vsnprintf(whole.data(), whole.size(), format, arguments));
+      va_end(arguments);
+    }
+    if (length >= 0) {
+      const char* const text = whole.empty() ? usual.data() : whole.data();
+      Output::instance().write(moduleOf(record), levelOf(record), {text, size});
+    }
   } catch (...) {  // a sink that throws, or no memory for the line: losing the line beats losing the program
   }
-  va_end(arguments);
   errno = errorOfCaller;
 }
 
