@@ -116,7 +116,7 @@ TEST(HttpSource, AShortWayForwardReadsOnInsteadOfAskingAgain) {
     long long here = 0;
     source->tell(here);
     const long long there = here + HttpSource::shortSkip;
-    EXPECT_TRUE(readAt(*source, there, 100).bytes == slice(bytes, static_cast<size_t>(there), 100));
+    EXPECT_TRUE(readAt(*source, there, 100).bytes == slice(bytes, there, 100));
   }
   EXPECT_EQ(source->cost().requests, requests);
 }
@@ -127,7 +127,7 @@ TEST(HttpSource, WhatTheReaderSkipsIsNotAskedFor) {
   nginx.serve("item", bytes);
   const auto source = openedUrl(nginx.url("/item"));
   for (const long long offset : {500000LL, 1000000LL, 1500000LL, 2000000LL, 2999999LL}) {
-    EXPECT_TRUE(readAt(*source, offset, 100).bytes == slice(bytes, static_cast<size_t>(offset), 100));
+    EXPECT_TRUE(readAt(*source, offset, 100).bytes == slice(bytes, offset, 100));
   }
   const auto requests = nginx.stop();
   EXPECT_EQ(requests.size(), 6U);
