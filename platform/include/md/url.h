@@ -39,6 +39,9 @@ struct UrlCost {
 ///  - `seek` is refused by a source that cannot seek; the position stays. Seeking to or beyond the end is
 ///    allowed, the next `read` meets the end. A negative offset is refused, the position stays.
 ///  - Every failure is a negative number. An out-parameter of a failed call, `bytesRead` excepted, is untouched.
+///    The host's own sources use: -5 the file or connection broke, -22 a negative offset, -29 cannot seek, -38 the
+///    size is not known, -104 the body ended before its promised length, -110 a time limit ran out, -116 the item
+///    became another while it was read.
 ///  - A source is used by one thread at a time. Destruction closes it.
 class MD_API MdchUrlBase {
  public:
