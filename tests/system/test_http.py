@@ -66,6 +66,14 @@ def test_a_url_that_needs_repair_is_a_redirect_to_the_repaired_one(quorin):
     assert quorin.record("http://host/a b")["redirect"]["urls"] == ["http://host/a%20b"]
 
 
+def test_mode_pcm_finds_raw_pcm_alone(quorin, nginx):
+    (nginx.www / "raw.l16").write_bytes(bytes(44100 * 4))
+    records = quorin.records("--mode", "pcm", f"{nginx.url}/raw.l16", f"{nginx.url}/song.mp3")
+    assert [record["kind"] for record in records] == ["audio", "unknown"]
+    assert records[0]["audio"]["media_type"] == "lpcm"
+    assert records[0]["audio"]["channels"] == 2
+
+
 def test_the_other_items_are_analysed_all_the_same(quorin, nginx):
     records = quorin.records(f"{nginx.url}/status/404", f"{nginx.url}/song.mp3")
     assert [record["kind"] for record in records] == ["error", "audio"]

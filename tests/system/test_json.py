@@ -3,10 +3,11 @@
 import base64
 import json
 import os
+import subprocess
 
 import pytest
 
-from conftest import PICTURE, SCHEMA, id3_tag
+from conftest import PICTURE, SCHEMA, TIME_LIMIT, id3_tag
 
 
 def test_the_records_of_an_album(quorin, album, golden):
@@ -19,6 +20,20 @@ def test_the_records_of_an_album(quorin, album, golden):
 def test_every_item_has_a_line_of_its_own(quorin, album):
     records = quorin.records("01 Opening.mp3", "missing.mp3", "noise.bin")
     assert [record["kind"] for record in records] == ["audio", "error", "unknown"]
+
+
+@pytest.mark.parametrize("name, options, media_type, mime_type", [
+    ("a.mp3", ["-b:a", "128k"], "mp3", "audio/mpeg"),
+    ("a.wav", [], "wav", "audio/x-wav"),
+    ("a.flac", [], "flac", "audio/x-flac"),
+    ("a.aac", ["-f", "adts"], "aac_mpeg4", "audio/aacp"),
+])
+def test_every_format_has_its_name(quorin, tmp_path, name, options, media_type, mime_type):
+    make = ["ffmpeg", "-hide_banner", "-loglevel", "error", "-f", "lavfi", "-i", "sine=440:duration=3"]
+    subprocess.run([*make, *options, str(tmp_path / name)], check=True, timeout=TIME_LIMIT, stdin=subprocess.DEVNULL)
+    record = quorin.record(name)
+    assert (record["audio"]["media_type"], record["mime_type"]) == (media_type, mime_type)
+    assert record["audio"]["sample_rate"] == 44100
 
 
 def test_the_picture_lies_where_the_record_says(quorin, album, tagged_mp3):

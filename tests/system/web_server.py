@@ -18,7 +18,7 @@ http {
   access_log access.log whole;
   client_body_temp_path tmp/b; proxy_temp_path tmp/p; fastcgi_temp_path tmp/f; uwsgi_temp_path tmp/u;
   scgi_temp_path tmp/s;
-  types { audio/mpeg mp3; audio/x-mpegurl m3u; }
+  types { audio/mpeg mp3; audio/x-mpegurl m3u; "audio/L16;rate=44100;channels=2" l16; }
   root www;
   server {
     listen 127.0.0.1:%(http)d;
