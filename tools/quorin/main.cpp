@@ -39,7 +39,7 @@ int run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   prepareStreams();
-  std::setlocale(LC_CTYPE, "");
+  static_cast<void>(std::setlocale(LC_CTYPE, ""));  // of a locale that is not installed, "C" stays
   try {
     const int status = run({argv + (argc > 0 ? 1 : 0), argv + argc});
     return closeData() ? status : EXIT_OUTPUT;

@@ -96,6 +96,7 @@ template <typename Value>
 CLI::Option* addChoice(CLI::App& app, const char* name, Value& value, const char* description,
                        const std::vector<std::pair<std::string, Value>>& choices) {
   std::vector<std::string> words;
+  words.reserve(choices.size());
   for (const auto& choice : choices) {
     words.push_back(choice.first);
   }

@@ -1,5 +1,7 @@
 #include "table.h"
 
+#include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "display_text.h"
@@ -43,14 +45,13 @@ constexpr Column columns[] = {
 
 /// Columns of a rank above this do not fit the terminal.
 int highestRank(const Terminal& terminal) {
+  size_t used = kindWidth + gap + roomForNames;
   int rank = -1;
-  for (size_t used = kindWidth; static_cast<size_t>(rank + 1) < std::size(columns); ++rank) {
-    for (const Column& column : columns) {
-      used += column.rank == rank + 1 ? gap + column.width : 0;
-    }
-    if (terminal.width != 0 && used + gap + roomForNames > terminal.width) {
-      break;
-    }
+  for (bool fits = true; fits; rank += fits ? 1 : 0) {
+    const auto next = std::find_if(std::begin(columns), std::end(columns),
+                                   [rank](const Column& column) { return column.rank == rank + 1; });
+    used += next == std::end(columns) ? 0 : gap + next->width;
+    fits = next != std::end(columns) && (terminal.width == 0 || used <= terminal.width);
   }
   return rank;
 }
