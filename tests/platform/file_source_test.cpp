@@ -14,8 +14,8 @@
 
 #include "opened_item.h"
 #include "source_contract.h"
+#include "support/bytes.h"
 #include "support/temporary_folder.h"
-#include "support/test_bytes.h"
 #include "url/openers.h"
 
 namespace quorin_test {

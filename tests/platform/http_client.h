@@ -5,8 +5,8 @@
 #include <string>
 
 #include "md/url.h"
+#include "support/bytes.h"
 #include "support/scripted_source.h"
-#include "support/test_bytes.h"
 
 /// @file
 /// Opening and reading URLs in as few words as the tests deserve.

@@ -5,8 +5,8 @@
 
 #include "http/http_source.h"
 #include "http_client.h"
+#include "support/bytes.h"
 #include "support/raw_server.h"
-#include "support/test_bytes.h"
 #include "url/openers.h"
 
 namespace quorin_test {

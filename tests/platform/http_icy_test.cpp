@@ -2,10 +2,10 @@
 #include <gmock/gmock.h>
 
 #include "http_client.h"
+#include "support/bytes.h"
 #include "support/icecast.h"
 #include "support/nginx.h"
 #include "support/raw_server.h"
-#include "support/test_bytes.h"
 #include "url/openers.h"
 
 namespace quorin_test {

@@ -8,10 +8,10 @@
 
 #include "http/http_response.h"
 #include "http_client.h"
+#include "support/bytes.h"
 #include "support/loopback.h"
 #include "support/nginx.h"
 #include "support/raw_server.h"
-#include "support/test_bytes.h"
 #include "url/openers.h"
 
 namespace quorin_test {

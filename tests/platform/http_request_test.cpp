@@ -4,10 +4,10 @@
 #include <cstdlib>
 
 #include "http_client.h"
+#include "support/bytes.h"
 #include "support/log_capture.h"
 #include "support/nginx.h"
 #include "support/raw_server.h"
-#include "support/test_bytes.h"
 #include "url/openers.h"
 
 namespace quorin_test {

@@ -6,8 +6,8 @@
 #include <thread>
 
 #include "http_client.h"
+#include "support/bytes.h"
 #include "support/nginx.h"
-#include "support/test_bytes.h"
 #include "url/openers.h"
 
 namespace quorin_test {

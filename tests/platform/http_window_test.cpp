@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "http_client.h"
-#include "support/test_bytes.h"
+#include "support/bytes.h"
 
 namespace {
 

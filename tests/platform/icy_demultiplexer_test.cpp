@@ -6,8 +6,8 @@
 #include <limits>
 
 #include "strell_support.h"
+#include "support/bytes.h"
 #include "support/icy_stream.h"
-#include "support/test_bytes.h"
 
 namespace zu::md::common::strell {
 namespace {

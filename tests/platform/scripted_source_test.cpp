@@ -6,7 +6,7 @@
 #include <boost/make_shared.hpp>
 
 #include "source_contract.h"
-#include "support/test_bytes.h"
+#include "support/bytes.h"
 
 namespace quorin_test {
 namespace {

@@ -5,7 +5,7 @@
 #include <random>
 #include <stdexcept>
 
-#include "support/test_bytes.h"
+#include "support/bytes.h"
 
 namespace quorin_test {
 

@@ -6,7 +6,7 @@
 #include <boost/weak_ptr.hpp>
 
 #include "strell_support.h"
-#include "support/test_bytes.h"
+#include "support/bytes.h"
 
 namespace quorin_test {
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "strell_support.h"
-#include "support/test_bytes.h"
+#include "support/bytes.h"
 
 namespace quorin_test {
 namespace {

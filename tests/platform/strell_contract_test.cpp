@@ -4,7 +4,7 @@
 #include <boost/make_shared.hpp>
 #include <climits>
 
-#include "support/test_bytes.h"
+#include "support/bytes.h"
 
 namespace quorin_test {
 namespace {

@@ -6,8 +6,8 @@
 
 #include "strell/icy_demultiplexer.h"
 #include "strell_support.h"
+#include "support/bytes.h"
 #include "support/icy_stream.h"
-#include "support/test_bytes.h"
 
 namespace quorin_test {
 namespace {

@@ -6,7 +6,7 @@
 #include <random>
 
 #include "strell_contract.h"
-#include "support/test_bytes.h"
+#include "support/bytes.h"
 
 namespace quorin_test {
 namespace {

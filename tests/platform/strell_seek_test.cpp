@@ -6,8 +6,8 @@
 #include <climits>
 
 #include "strell_support.h"
+#include "support/bytes.h"
 #include "support/synthetic_source.h"
-#include "support/test_bytes.h"
 
 namespace quorin_test {
 namespace {

@@ -33,6 +33,15 @@ Bytes noise(size_t count, uint32_t seed) {
   return bytes;
 }
 
+Bytes testBytes(size_t count, unsigned int seed) {
+  std::minstd_rand random(seed);
+  Bytes bytes(count);
+  for (unsigned char& byte : bytes) {
+    byte = static_cast<unsigned char>(random() >> 8);
+  }
+  return bytes;
+}
+
 Bytes bigEndian(uint64_t value, unsigned count) {
   Bytes bytes(count);
   for (unsigned i = 0; i < count; ++i) {
@@ -65,6 +74,13 @@ Bytes overlay(Bytes target, size_t offset, const Bytes& piece) {
 
 Bytes head(const Bytes& bytes, size_t count) {
   return Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(std::min(count, bytes.size())));
+}
+
+Bytes slice(const Bytes& bytes, long long offset, size_t length) {
+  const auto size = static_cast<long long>(bytes.size());
+  const long long begin = std::min(offset, size);
+  const long long end = std::min(size, begin + static_cast<long long>(length));
+  return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(begin), bytes.begin() + static_cast<std::ptrdiff_t>(end));
 }
 
 }  // namespace quorin_test

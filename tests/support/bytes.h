@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <string_view>
@@ -26,6 +27,10 @@ Bytes text(std::string_view characters);
 /// `count` reproducible bytes below 0x80, none of them zero, so that neither a sync nor a terminator is among them.
 Bytes noise(size_t count, uint32_t seed = 1);
 
+/// `count` bytes of every value that do not repeat within any test, so that a byte of another place is noticed. The
+/// same seed gives the same bytes, also for another count.
+Bytes testBytes(size_t count, unsigned int seed = 1);
+
 /// `value` in `count` bytes, most significant first.
 Bytes bigEndian(uint64_t value, unsigned count);
 
@@ -40,5 +45,8 @@ Bytes overlay(Bytes target, size_t offset, const Bytes& piece);
 
 /// The first `count` bytes.
 Bytes head(const Bytes& bytes, size_t count);
+
+/// The bytes [offset, offset + length) as far as there are any.
+Bytes slice(const Bytes& bytes, long long offset, size_t length);
 
 }  // namespace quorin_test
