@@ -19,6 +19,9 @@ template <typename Interface>
 class WatchedSource : public Interface {
  public:
   explicit WatchedSource(boost::shared_ptr<Interface> source) : source_(std::move(source)) {}
+  ~WatchedSource() override { add(seen.closed, source_->cost()); }
+  WatchedSource(const WatchedSource&) = delete;
+  WatchedSource& operator=(const WatchedSource&) = delete;
 
   int read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) override {
     const int status = source_->read(buffer, length, bytesRead);
@@ -52,6 +55,12 @@ boost::shared_ptr<MdchUrlBase> watched(const boost::shared_ptr<MdchUrlBase>& sou
 }
 
 }  // namespace
+
+void add(UrlCost& sum, const UrlCost& cost) {
+  sum.bytes += cost.bytes;
+  sum.reads += cost.reads;
+  sum.requests += cost.requests;
+}
 
 void watchSources() {
   for (const char* scheme : {"", "file", "vdr2", "http", "https"}) {

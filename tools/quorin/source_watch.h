@@ -1,5 +1,7 @@
 #pragma once
 
+#include "md/url.h"
+
 namespace quorin_command {
 
 /// What the URL layer answered while one item was analysed.
@@ -8,7 +10,11 @@ struct Sighting {
 
   int openCode = noOpener;  ///< code of `mdch_OpenUrl`
   int readFailure = 0;      ///< the last failure of a `read`; 0 when there was none
+  UrlCost closed;           ///< what the sources have cost that are closed again
 };
+
+/// Adds what one source has cost to a sum.
+void add(UrlCost& sum, const UrlCost& cost);
 
 /// Puts a watching opener around every opener of the host. The library tells that an item cannot be opened or read, not
 /// why; here it can be learned without opening the item a second time.
