@@ -21,9 +21,9 @@ def test_no_item(quorin):
 def test_help_tells_every_option(quorin):
     result = quorin("--help")
     assert (result.code, result.err) == (0, "")
-    options = {"--files-from", "-0", "--medium", "--mode", "--timeout", "--connect-timeout", "--stall-timeout",
-               "--user-agent", "--cacert", "--proxy", "--header", "--json", "--color", "--log", "-q", "-h", "--help",
-               "--version"}
+    options = {"--files-from", "-0", "--medium", "--mode", "-f", "--follow", "--allow-local", "--timeout",
+               "--connect-timeout", "--stall-timeout", "--user-agent", "--cacert", "--proxy", "--header", "--json",
+               "--color", "--log", "-q", "-h", "--help", "--version"}
     assert set(re.findall(r"(?<![\w-])--?[a-z0][a-z-]*(?=[ ,])", result.out.split("Items:")[1])) == options
     assert all(len(line) <= 100 for line in result.out.splitlines())
     assert quorin("-h").out == quorin("probe", "--help").out == result.out
@@ -47,7 +47,7 @@ def test_a_misspelt_option_is_suggested(quorin):
     assert_usage_error(quorin("--timeuot=5", "a"), "there is no option --timeuot; did you mean --timeout?")
 
 
-@pytest.mark.parametrize("option", ["--files-from", "--medium", "--mode", "--timeout", "--connect-timeout",
+@pytest.mark.parametrize("option", ["--files-from", "--medium", "--mode", "-f", "--follow", "--allow-local", "--timeout", "--connect-timeout",
                                     "--stall-timeout", "--user-agent", "--cacert", "--proxy", "--header", "--color",
                                     "--log"])
 def test_a_missing_value(quorin, option):

@@ -7,6 +7,7 @@ import socket
 import subprocess
 import threading
 import time
+import urllib.parse
 
 CONFIGURATION = """
 load_module /usr/lib/nginx/modules/ndk_http_module.so;
@@ -14,7 +15,7 @@ load_module /usr/lib/nginx/modules/ngx_http_lua_module.so;
 daemon off; worker_processes 1; pid nginx.pid; error_log error.log; user root;
 events { worker_connections 64; }
 http {
-  log_format whole '$status $request_method $request_uri|$http_user_agent|$http_x_test|$http_authorization';
+  log_format whole '$status $request_method $request_uri|$http_user_agent|$http_x_test|$http_authorization|$http_cookie';
   access_log access.log whole;
   client_body_temp_path tmp/b; proxy_temp_path tmp/p; fastcgi_temp_path tmp/f; uwsgi_temp_path tmp/u;
   scgi_temp_path tmp/s;
@@ -27,6 +28,11 @@ http {
     location / { }
     location = /moved { return 302 http://127.0.0.1:%(http)d/song.mp3; }
     location = /lost { content_by_lua_block { ngx.status = 302; return ngx.exit(ngx.OK) } }
+    location ~ ^/go/(?<code>3\\d\\d)$ { content_by_lua_block {
+      ngx.status = tonumber(ngx.var.code); ngx.header["Location"] = ngx.unescape_uri(ngx.var.arg_to or "")
+      ngx.print("look there"); return ngx.exit(ngx.OK) } }
+    location /typed/ { alias www/; header_filter_by_lua_block {
+      ngx.header.content_type = ngx.unescape_uri(ngx.var.arg_type) } }
     location ~ ^/status/(?<code>\\d+)$ { content_by_lua_block {
       ngx.status = tonumber(ngx.var.code); ngx.say("status"); return ngx.exit(ngx.OK) } }
   }
@@ -51,7 +57,8 @@ def free_port():
 
 class Nginx:
     """A real server: its root is `www`; /status/N answers N, /moved leads to /song.mp3, /lost
-    redirects to nowhere; https with a certificate that only `ca` has signed."""
+    redirects to nowhere, /go/3xx?to=URI to
+    that URI; /typed/NAME?type=T serves NAME as that type; https with a certificate that only `ca` has signed."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
@@ -83,15 +90,24 @@ class Nginx:
         self.process.terminate()
         self.process.wait(10)
 
+    def go(self, target, code=302):
+        """A URL that redirects to the target, as it stands."""
+        return f"{self.url}/go/{code}?to={urllib.parse.quote(target, safe='')}"
+
+    def serve(self, name, body, content_type):
+        """Puts an item there; the URL under which it is of that type."""
+        (self.www / name).write_bytes(body if isinstance(body, bytes) else body.encode())
+        return f"{self.url}/typed/{name}?type={urllib.parse.quote(content_type, safe='')}"
+
     def requests(self):
-        """One line per request: status, method, URI | user agent | X-Test | authorization."""
+        """One line per request: status, method, URI | user agent | X-Test | authorization | cookie."""
         time.sleep(0.1)  # nginx logs after it has answered
         return (self.folder / "access.log").read_text().splitlines()
 
 
 @contextlib.contextmanager
-def scripted_server(answer):
-    """A server that sends `answer` to whoever connects and then says no more. Yields its URL."""
+def scripted_server(answer, close=False):
+    """A server that sends `answer` to whoever connects and then says no more, or closes. Yields its URL."""
     listener = socket.create_server(("127.0.0.1", 0))
     connections = []
 
@@ -102,6 +118,8 @@ def scripted_server(answer):
                 connections.append(connection)
                 connection.recv(65536)
                 connection.sendall(answer)
+                if close:
+                    connection.shutdown(socket.SHUT_RDWR)
 
     thread = threading.Thread(target=serve, daemon=True)
     thread.start()

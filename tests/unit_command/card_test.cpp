@@ -55,6 +55,18 @@ TEST(Card, ListsEveryPicture) {
   EXPECT_NE(card(record, anyWidth).find("  pictures  2: 1.6 MiB at 53, 512 bytes at 1 700 000\n"), std::string::npos);
 }
 
+TEST(Card, ShowsTheRedirectsThatWereFollowed) {
+  const std::string text = card(sampleFollowed(), anyWidth);
+  EXPECT_EQ(text.find("http://host/list.asx\n  followed  to http://host/list.m3u, to http://host/song.mp3\n  audio "),
+            0);
+}
+
+TEST(Card, ShowsARelativeTargetAsItIsMeant) {
+  Record record = sampleRedirect();
+  record.redirect->urls = {"song.mp3"};
+  EXPECT_NE(card(record, anyWidth).find("  redirect  to http://host/song.mp3\n"), std::string::npos);
+}
+
 TEST(Card, ShowsWhereARedirectLeads) {
   EXPECT_EQ(card(sampleRedirect(), anyWidth),
             "http://host/list.m3u\n"

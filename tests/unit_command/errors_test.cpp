@@ -26,6 +26,12 @@ TEST(Errors, EveryCodeOfTheUrlLayerHasAName) {
   }
 }
 
+TEST(Errors, ARedirectThatIsNotFollowedTellsWhatWouldHelp) {
+  EXPECT_EQ(tooManyRedirects(1).message, "still a redirect after one (--follow takes a higher number)");
+  EXPECT_EQ(tooManyRedirects(20).message, "still a redirect after 20 (--follow takes a higher number)");
+  EXPECT_NE(localTarget().message.find("--allow-local"), std::string::npos);
+}
+
 TEST(Errors, AServersAnswerIsToldWithItsNumber) {
   EXPECT_EQ(openError("http://host/x", -296, 2).message, "the server has no such item (HTTP 404 or 410)");
   EXPECT_EQ(openError("/x", -296, 2).message, "no such file or directory");

@@ -29,6 +29,13 @@ TEST(JsonOutput, LeavesOutWhatIsNotKnown) {
             "\n");
 }
 
+TEST(JsonOutput, TellsTheRedirectsThatWereFollowed) {
+  const std::string line = jsonLine(sampleFollowed());
+  EXPECT_EQ(line.find(R"({"v":1,"uri":"http://host/song.mp3","kind":"audio",)"), 0);
+  EXPECT_NE(line.find(R"(,"via":["http://host/list.asx","http://host/list.m3u"],"play_position":)"), std::string::npos);
+  EXPECT_EQ(jsonLine(sampleAudio()).find("via"), std::string::npos);
+}
+
 TEST(JsonOutput, TellsARedirect) {
   EXPECT_EQ(jsonLine(sampleRedirect()),
             R"({"v":1,"uri":"http://host/list.m3u","kind":"redirect","code":0,"mime_type":"application/redirect",)"

@@ -5,9 +5,21 @@
 #include <boost/make_shared.hpp>
 
 #include "quorin/mime_types.h"
+#include "sample_records.h"
 
 namespace quorin_command {
 namespace {
+
+TEST(Record, AChainGoesFromTheNamedItemToTheLast) {
+  EXPECT_EQ(chainOf(sampleAudio()), std::vector<std::string>());
+  EXPECT_EQ(chainOf(sampleFollowed()),
+            (std::vector<std::string>{"http://host/list.asx", "http://host/list.m3u", "http://host/song.mp3"}));
+  EXPECT_EQ(chainOf(sampleRedirect()), (std::vector<std::string>{"http://host/list.m3u", "http://host/song.mp3"}));
+  Record refused = sampleRedirect();
+  refused.via = {"http://host/list.asx"};
+  EXPECT_EQ(chainOf(refused),
+            (std::vector<std::string>{"http://host/list.asx", "http://host/list.m3u", "http://host/song.mp3"}));
+}
 
 TEST(Record, ARedirectTellsItsTargets) {
   const auto info = boost::make_shared<library::RedirectInfo>();

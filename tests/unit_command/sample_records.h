@@ -44,6 +44,15 @@ inline Record sampleRedirect() {
   return record;
 }
 
+/// An MP3 behind two redirects.
+inline Record sampleFollowed() {
+  Record record = sampleAudio();
+  record.name = "http://host/list.asx";
+  record.uri = "http://host/song.mp3";
+  record.via = {"http://host/list.asx", "http://host/list.m3u"};
+  return record;
+}
+
 inline Record sampleError() {
   Record record;
   record.name = "song.mp3";

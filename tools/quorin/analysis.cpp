@@ -1,11 +1,13 @@
 #include "analysis.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <new>
 #include <utility>
 
 #include "item.h"
+#include "redirect_target.h"
 #include "source_watch.h"
 
 namespace quorin_command {
@@ -25,10 +27,27 @@ ItemError whyUnknown(zu::md::common::strell::Strell* strell) {
   return isEmpty(strell) ? emptyItem() : notRecognised();
 }
 
+void fail(Record& record, ItemError error) {
+  record.kind = Kind::Error;
+  record.error = std::move(error);
+}
+
+/// Whether an item lies on the server that the user named: what was meant for that one is not told to others.
+bool isAmongFriends(const Record& record) {
+  return record.via.empty() || haveSameOrigin(record.via.front(), record.uri);
+}
+
+/// Which option text of the URL layer holds extra header lines.
+constexpr size_t headerLines = 3;
+
 }  // namespace
 
-Analysis::Analysis(library::Analyzer::Mode_t mode, zu::md::common::strell::OpenParams how)
-    : analyzer_(mode), how_(std::move(how)) {}
+Analysis::Analysis(const Options& options)
+    : analyzer_(options.mode),
+      open_(options.open),
+      headers_(open_.options[headerLines]),
+      hops_(options.follow),
+      allowLocal_(options.allowLocal) {}
 
 Record Analysis::of(const std::string& name) {
   Record record;
@@ -42,9 +61,9 @@ Record Analysis::of(const std::string& name) {
   try {
     analyze(record);
   } catch (const std::bad_alloc&) {
-    record.error = internalError("out of memory");
+    fail(record, internalError("out of memory"));
   } catch (const std::exception& exception) {
-    record.error = internalError(exception.what());
+    fail(record, internalError(exception.what()));
   }
   const auto elapsed = std::chrono::steady_clock::now() - start;
   record.elapsedMicroseconds = std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count();
@@ -52,10 +71,23 @@ Record Analysis::of(const std::string& name) {
 }
 
 void Analysis::analyze(Record& record) {
+  analyzeOnce(record);
+  while (record.kind == Kind::Redirect && hops_ > 0) {
+    const std::string target = resolved(record.uri, record.redirect->urls.front());
+    if (const auto refusal = whyNotFollowed(record, target)) {
+      fail(record, *refusal);
+      return;
+    }
+    follow(record, target);
+  }
+}
+
+void Analysis::analyzeOnce(Record& record) {
   forgetSightings();
-  how_.uri = record.uri;
+  open_.uri = record.uri;
+  open_.options[headerLines] = isAmongFriends(record) ? headers_ : withoutCredentials(headers_);
   boost::shared_ptr<library::AnalyzeResult> result;
-  const int status = analyzer_.analyze(how_, result);
+  const int status = analyzer_.analyze(open_, result);
   record.code = status;
   describe(result.get(), record);
   if (record.kind == Kind::Unknown) {
@@ -63,9 +95,33 @@ void Analysis::analyze(Record& record) {
   } else if (record.kind == Kind::Error) {
     record.error = openError(record.uri, status, sighting().openCode);
   }
+  add(record.cost, sighting().closed);
   if (result && result->strell) {
-    record.cost = result->strell->cost();
+    add(record.cost, result->strell->cost());
   }
+}
+
+std::optional<ItemError> Analysis::whyNotFollowed(const Record& record, const std::string& target) const {
+  const bool wasSeen = std::find(record.via.begin(), record.via.end(), target) != record.via.end();
+  if (wasSeen || target == record.uri) {
+    return redirectLoop();
+  }
+  if (isLocal(target) && !isLocal(record.uri) && !allowLocal_) {
+    return localTarget();
+  }
+  return record.via.size() < hops_ ? std::nullopt : std::optional<ItemError>(tooManyRedirects(hops_));
+}
+
+/// Goes on with the target in place of the item. What it costs adds up.
+void Analysis::follow(Record& record, const std::string& target) {
+  Record next;
+  next.name = std::move(record.name);
+  next.via = std::move(record.via);
+  next.via.push_back(std::move(record.uri));
+  next.uri = target;
+  next.cost = record.cost;
+  record = std::move(next);
+  analyzeOnce(record);
 }
 
 }  // namespace quorin_command

@@ -1,26 +1,33 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "options.h"
 #include "quorin/analyzer.h"
 #include "record.h"
 
 namespace quorin_command {
 
-/// Analyses items, one after the other; needs `watchSources`.
+/// Analyses items, one after the other, and follows their redirects as far as the options say; needs `watchSources`.
 class Analysis {
  public:
-  /// @param how the options with which items are opened; its URI means nothing
-  Analysis(library::Analyzer::Mode_t mode, zu::md::common::strell::OpenParams how);
+  explicit Analysis(const Options& options);
 
   /// The record of one item. Whatever happens, there is one.
   Record of(const std::string& name);
 
  private:
   void analyze(Record& record);
+  void analyzeOnce(Record& record);
+  std::optional<ItemError> whyNotFollowed(const Record& record, const std::string& target) const;
+  void follow(Record& record, const std::string& target);
 
   library::Analyzer analyzer_;
-  zu::md::common::strell::OpenParams how_;
+  zu::md::common::strell::OpenParams open_;
+  const std::string headers_;  ///< as the user gave them
+  const unsigned int hops_;
+  const bool allowLocal_;
 };
 
 }  // namespace quorin_command

@@ -136,16 +136,22 @@ std::string audioMatters(const Record& record, const AudioRecord& audio, const T
          matter(terminal, "player", whatAPlayerMayDo(audio, record.playPosition));
 }
 
-std::string redirectMatters(const RedirectRecord& redirect, const Terminal& terminal) {
+/// The steps of redirects, be it that they were followed or that they are but told.
+std::string steps(const Record& record, const Terminal& terminal) {
+  const std::vector<std::string> chain = chainOf(record);
   Phrases targets;
-  for (const std::string& url : redirect.urls) {
-    targets.push_back("to " + displayable(url, terminal.utf8));
+  for (size_t i = 1; i < chain.size(); ++i) {
+    targets.push_back("to " + displayable(chain[i], terminal.utf8));
   }
+  return matter(terminal, record.redirect ? "redirect" : "followed", listed(targets, ","));
+}
+
+std::string redirectMatters(const RedirectRecord& redirect, const Terminal& terminal) {
   Phrases type;
   if (!redirect.contentType.empty()) {
     type.push_back(displayable(redirect.contentType, terminal.utf8));
   }
-  return matter(terminal, "redirect", listed(targets, ",")) + matter(terminal, "type", type);
+  return matter(terminal, "type", type);
 }
 
 std::string matters(const Record& record, const Terminal& terminal) {
@@ -170,7 +176,7 @@ std::string card(const Record& record, const Terminal& terminal) {
   if (terminal.width != 0) {
     name = cutMiddle(name, terminal.width, terminal.utf8);
   }
-  return painted(terminal, Style::Strong, name) + '\n' + matters(record, terminal) +
+  return painted(terminal, Style::Strong, name) + '\n' + steps(record, terminal) + matters(record, terminal) +
          matter(terminal, "cost", cost(record));
 }
 

@@ -73,6 +73,17 @@ ItemError readError(int failure) {
   }
 }
 
+ItemError redirectLoop() { return {"redirect_loop", "the redirects go round in a circle"}; }
+
+ItemError tooManyRedirects(unsigned int followed) {
+  return {"too_many_redirects", fmt::format("still a redirect after {} (--follow takes a higher number)",
+                                            followed == 1 ? std::string("one") : std::to_string(followed))};
+}
+
+ItemError localTarget() {
+  return {"local_target", "the network redirects to something local, which takes --allow-local"};
+}
+
 ItemError notRecognised() { return {"not_recognised", "not recognised"}; }
 
 ItemError emptyItem() { return {"empty", "empty"}; }

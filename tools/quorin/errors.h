@@ -20,6 +20,11 @@ ItemError openError(std::string_view uri, int status, int openCode);
 /// @param failure what `read` returned
 ItemError readError(int failure);
 
+/// Why a redirect is not followed.
+ItemError redirectLoop();
+ItemError tooManyRedirects(unsigned int followed);
+ItemError localTarget();
+
 ItemError notRecognised();
 ItemError emptyItem();
 

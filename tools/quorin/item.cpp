@@ -38,9 +38,14 @@ std::string_view schemeOf(std::string_view text) {
   return isScheme ? text.substr(0, end) : std::string_view();
 }
 
-bool isHttp(std::string_view scheme) {
-  std::string lower(scheme);
+std::string lowered(std::string_view text) {
+  std::string lower(text);
   std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return isLetter(c) ? c | 0x20 : c; });
+  return lower;
+}
+
+bool isHttp(std::string_view scheme) {
+  const std::string lower = lowered(scheme);
   return lower == "http" || lower == "https";
 }
 

@@ -8,6 +8,9 @@ namespace quorin_command {
 /// The scheme of a URI (RFC 3986, section 3.1) as it stands there; empty for what cannot be a URI.
 std::string_view schemeOf(std::string_view text);
 
+/// The text with the letters A to Z in lower case, whatever the locale.
+std::string lowered(std::string_view text);
+
 /// Whether a scheme is http or https, in any case.
 bool isHttp(std::string_view scheme);
 

@@ -113,6 +113,9 @@ std::string jsonLine(const Record& record) {
   if (record.redirect) {
     json["redirect"] = redirectJson(*record.redirect);
   }
+  if (!record.via.empty()) {
+    json["via"] = record.via;
+  }
   addKnown(json, "play_position", record.playPosition);
   if (record.error) {
     json["error"] = {{"name", record.error->name}, {"message", record.error->message}};

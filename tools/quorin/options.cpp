@@ -24,6 +24,9 @@ constexpr std::string_view commands[] = {"probe"};
 /// Longest time limit, in seconds, that can be asked for: the host platform takes no longer one.
 constexpr double longestTimeLimit = 1e6;
 
+/// Most redirects from one item that can be asked for.
+constexpr unsigned int mostHops = 1000;
+
 /// What the options of a command line say before it is put together.
 struct Given {
   Options options;
@@ -130,6 +133,18 @@ void defineInput(CLI::App& app, Given& given) {
       ->group(group);
 }
 
+void defineRedirects(CLI::App& app, Given& given) {
+  const char* const group = "Redirects";
+  app.add_option("-f,--follow", given.options.follow,
+                 "follow redirects and playlists, up to N from an item (default: 0)")
+      ->type_name("N")
+      ->check(CLI::Range(0U, mostHops).description(""))
+      ->group(group);
+  app.add_flag("--allow-local", given.options.allowLocal,
+               "follow them also from the network to something on this machine")
+      ->group(group);
+}
+
 void defineNetwork(CLI::App& app, Given& given) {
   const char* const group = "Network";
   const auto text = [&](const char* name, std::string& value, const char* type, const char* description) {
@@ -168,6 +183,7 @@ void defineOutput(CLI::App& app, Given& given) {
 void define(CLI::App& app, Given& given) {
   app.option_defaults()->take_last();
   defineInput(app, given);
+  defineRedirects(app, given);
   defineNetwork(app, given);
   defineOutput(app, given);
   app.set_help_flag("-h,--help", "print this and exit")->group("Other");
@@ -355,6 +371,9 @@ std::variant<Options, Answer, UsageError> parseCommandLine(const std::vector<std
   }
   if (given.options.nulSeparated && given.options.filesFrom.empty()) {
     return UsageError{"-0 needs --files-from"};
+  }
+  if (given.options.allowLocal && given.options.follow == 0) {
+    return UsageError{"--allow-local needs --follow"};
   }
   return assembled(given, std::move(sorted.words));
 }

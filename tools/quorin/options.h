@@ -25,6 +25,8 @@ struct Options {
   zu::md::common::quorin::Analyzer::Mode_t mode = zu::md::common::quorin::Analyzer::MODE_AUDIO;
   zu::md::common::strell::OpenParams open;  ///< how items are opened; without URI
   std::vector<Medium> media;
+  unsigned int follow = 0;  ///< most redirects that are followed from one item
+  bool allowLocal = false;  ///< whether the network may redirect to something local
   bool json = false;
   bool quiet = false;
   ColorWish color = ColorWish::Auto;

@@ -63,10 +63,19 @@ struct Tally {
   }
 };
 
+/// How redirects led to where the trouble is; nothing when none did.
+std::string wayTo(const Record& record) {
+  std::string way;
+  for (const std::string& uri : chainOf(record)) {
+    way += (way.empty() ? "; redirects: " : " -> ") + uri;
+  }
+  return way;
+}
+
 }  // namespace
 
 int probe(const Options& options) {
-  Analysis analysis(options.mode, options.open);
+  Analysis analysis(options);
   Report report(options);
   ItemList items(options.words, options.filesFrom, options.nulSeparated ? '\0' : '\n');
   Tally tally;
@@ -74,7 +83,7 @@ int probe(const Options& options) {
     const Record record = analysis.of(name);
     tally.count(record);
     if (record.error && !options.quiet) {
-      complain(name, record.error->message);
+      complain(name, record.error->message + wayTo(record));
     }
     if (!report.add(record)) {
       return EXIT_OUTPUT;

@@ -3,6 +3,7 @@
 #include <boost/pointer_cast.hpp>
 
 #include "quorin/mime_types.h"
+#include "redirect_target.h"
 
 namespace quorin_command {
 
@@ -65,6 +66,17 @@ void describe(const library::AnalyzeResult* result, Record& record) {
   } else {
     record.kind = info.mimeType == library::MimeTypes::ApplicationFolder ? Kind::Folder : Kind::Unknown;
   }
+}
+
+std::vector<std::string> chainOf(const Record& record) {
+  std::vector<std::string> chain = record.via;
+  if (!record.via.empty() || record.redirect) {
+    chain.push_back(record.uri);
+  }
+  if (record.redirect) {
+    chain.push_back(resolved(record.uri, record.redirect->urls.front()));
+  }
+  return chain;
 }
 
 bool liesInside(const library::EmbeddedPicture& picture, std::optional<long long> size) {

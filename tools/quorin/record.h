@@ -42,8 +42,9 @@ struct RedirectRecord {
 
 /// Everything that is told about one item; what every output is made of.
 struct Record {
-  std::string name;  ///< as the user gave it
-  std::string uri;   ///< as it was analysed
+  std::string name;              ///< as the user gave it
+  std::string uri;               ///< as it was analysed; behind redirects the last one
+  std::vector<std::string> via;  ///< the URIs that led there, the first one in front; empty without redirects
   Kind kind = Kind::Error;
   std::optional<int> code;  ///< what the library returned
   std::string mimeType;     ///< empty: not known
@@ -58,6 +59,10 @@ struct Record {
 /// Puts what the library found out into a record: kind, type, and what the kind has to tell.
 /// @param result may be empty, as may be what is in it
 void describe(const library::AnalyzeResult* result, Record& record);
+
+/// The URIs of an item from the one that was named to the one where its redirects end, also when the last step was
+/// refused. Empty when there are no redirects.
+std::vector<std::string> chainOf(const Record& record);
 
 /// Whether a picture lies inside its stream; a damaged tag may say anything.
 /// @param size of the stream, when it is known

@@ -89,13 +89,12 @@ std::string kindOf(const Record& record) {
   return "error";
 }
 
-/// The name, and for a redirect where it leads.
+/// The name, and where redirects lead from it.
 std::string nameCell(const Record& record, const Terminal& terminal) {
   std::string name = displayable(record.name, terminal.utf8);
-  if (record.redirect) {
-    for (const std::string& url : record.redirect->urls) {
-      name += (terminal.utf8 ? " → " : " -> ") + displayable(url, terminal.utf8);
-    }
+  const std::vector<std::string> chain = chainOf(record);
+  for (size_t i = 1; i < chain.size(); ++i) {
+    name += (terminal.utf8 ? " → " : " -> ") + displayable(chain[i], terminal.utf8);
   }
   return name;
 }
