@@ -1,17 +1,12 @@
 #include <gmock/gmock.h>
 
 #include <boost/make_shared.hpp>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
 
 #include "quorin/analyzer.h"
 #include "quorin/quorin_url_rework.h"
 #include "support/answer_text.h"
 #include "support/log_capture.h"
 #include "support/scripted_source.h"
-#include "vdir2.h"
 
 namespace quorin_test {
 namespace {
@@ -80,19 +75,6 @@ class Translation {
   boost::shared_ptr<UrlTranslator> translator_;
 };
 
-class TemporaryDirectory {
- public:
-  TemporaryDirectory() {
-    std::string name = testing::TempDir() + "redirect_test_XXXXXX";
-    path = mkdtemp(name.data());
-  }
-  ~TemporaryDirectory() { std::filesystem::remove_all(path); }
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  std::string path;
-};
-
 const std::string untranslated =
     "4000 quorin-url-rework.cpp:#:reworkUrl(): called\n"
     "4000 quorin-url-rework.cpp:#:reworkUrl(): done. not translated. ";
@@ -156,63 +138,6 @@ TEST(DriverWellFormed, ItsRedirectIsOpened) {
   const ScriptedScheme scheme("http", SourceScript());
   analyze("http://host/a%20b");
   EXPECT_THAT(scheme.opened, testing::ElementsAre("http://host/a%20b"));
-}
-
-TEST(DriverFolder, OfTheFileSystemIsAnsweredWithoutOpening) {
-  const TemporaryDirectory directory;
-  for (const std::string& uri : {directory.path, directory.path + "/", "file://" + directory.path,
-                                 "file:" + directory.path, "FILE:" + directory.path}) {
-    const LogCapture log;
-    const Outcome outcome = analyze(uri);
-    EXPECT_EQ(outcome.status, 0) << uri;
-    EXPECT_EQ(outcome.text(), "application/folder") << uri;
-    EXPECT_FALSE(outcome.result->strell) << uri;
-    EXPECT_EQ(log.dump(), "4000 Analyzer::Impl::analyze() analyze '" + uri + "'.\n" + untranslated + "'" + uri + "'\n");
-  }
-}
-
-TEST(DriverFolder, OfAMediumIsAnsweredWithoutOpening) {
-  const TemporaryDirectory directory;
-  std::filesystem::create_directories(directory.path + "/Music/Album");
-  ASSERT_GE(vdir2MediaRegister("0123-ABCD", directory.path.c_str()), 0);
-  for (const char* uri : {"vdr2://0123-ABCD/Music/Album", "VDR2://0123-ABCD/", "vdr2://0123-abcd/Music/"}) {
-    const Outcome outcome = analyze(uri);
-    EXPECT_EQ(outcome.status, 0) << uri;
-    EXPECT_EQ(outcome.text(), "application/folder") << uri;
-    EXPECT_FALSE(outcome.result->strell) << uri;
-  }
-}
-
-TEST(DriverFolder, WhatLeavesTheMediumIsNone) {
-  const TemporaryDirectory directory;
-  std::filesystem::create_directory_symlink("/", directory.path + "/out");
-  ASSERT_GE(vdir2MediaRegister("0123-ABCE", directory.path.c_str()), 0);
-  for (const char* uri : {"vdr2://0123-ABCE/out/tmp", "vdr2://0123-ABCE/..", "vdr2://0123-ABCE//tmp"}) {
-    EXPECT_NE(analyze(uri).text(), "application/folder") << uri;
-  }
-}
-
-TEST(DriverFolder, AFileOfAMediumIsOpened) {
-  const TemporaryDirectory directory;
-  std::ofstream(directory.path + "/a.txt") << "no audio";
-  ASSERT_GE(vdir2MediaRegister("0123-ABCF", directory.path.c_str()), 0);
-  const LogCapture log;
-  const Outcome outcome = analyze("vdr2://0123-ABCF/a.txt");
-  EXPECT_EQ(outcome.text(), "application/unknown");
-  EXPECT_TRUE(outcome.result->strell);
-  EXPECT_EQ(log.count(5000, "Analyzer::Impl::checkIfFolder() is not vdir2 directory (vdr2://0123-ABCF/a.txt).\n"), 1);
-}
-
-TEST(DriverFolder, FileAloneIsAnExceptionOverAFreshResult) {
-  OpenParams params;
-  params.uri = "file";
-  const auto before = boost::make_shared<AnalyzeResult>();
-  boost::shared_ptr<AnalyzeResult> result = before;
-  EXPECT_THROW(Analyzer(Analyzer::MODE_AUDIO).analyze(params, result), std::out_of_range);
-  ASSERT_TRUE(result);
-  EXPECT_NE(result, before);
-  EXPECT_EQ(answerText(*result), "none");
-  EXPECT_FALSE(result->strell);
 }
 
 TEST(DriverLocation, OfARedirectingServerIsTheAnswer) {

@@ -1,91 +1,50 @@
 #include "media/mounted_media.h"
 
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <sys/mount.h>
 
 #include <cctype>
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <random>
 #include <string>
 
 #include "opened_item.h"
+#include "support/mounted_medium.h"
 #include "support/temporary_folder.h"
 #include "vdir2.h"
 
 namespace quorin_test {
 namespace {
 
-/// Runs a command of the shell, quietly.
-bool run(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()) == 0; }
-
-/// A UUID that no other test running at this time has, in lower case.
-std::string newUuid() {
-  std::random_device random;
-  char text[37];
-  std::snprintf(text, sizeof text, "abcdef%02x-1111-2222-3333-%04x%08x", random() & 0xFFU, random() & 0xFFFFU,
-                random());
-  return text;
-}
-
-/// A file system of its own in a file, mounted where this process alone sees it: whatever happens, it is gone with the
-/// process, and the loop device with it.
 class MountedMedia : public testing::Test {
  protected:
   void SetUp() override {
-    if (geteuid() != 0) {
-      GTEST_SKIP() << "only root can mount";
+    if (!medium.whyNot().empty()) {
+      GTEST_SKIP() << medium.whyNot();
     }
-    const std::string image = folder / "image";
-    if (!run("truncate -s 8M " + image + " && mkfs.ext4 -q -U " + uuid + " " + image)) {
-      GTEST_SKIP() << "mkfs.ext4 cannot make a file system here";
-    }
-    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-      GTEST_SKIP() << "no mounts of its own for this process: " << std::strerror(errno);
-    }
-    folder.makeFolder("mount point/item");
-    mountPoint = folder / "mount point";
-    mounted = run("mount -o loop '" + image + "' '" + mountPoint + "'");
-    if (!mounted) {
-      GTEST_SKIP() << "no loop device to mount here";
-    }
-    folder.makeFolder("mount point/dir");
-    folder.write("mount point/dir/item", std::string("mounted"));
+    medium.write("dir/item", "mounted");
     if (md::host::mountPointOf(uuid).empty()) {
       GTEST_SKIP() << "devices cannot be looked into here, as under emulation";
     }
   }
 
-  void TearDown() override {
-    if (mounted) {
-      EXPECT_EQ(umount(mountPoint.c_str()), 0) << std::strerror(errno);
-    }
-  }
-
-  const TemporaryFolder folder;
-  const std::string uuid = newUuid();
-  std::string mountPoint;
-  bool mounted = false;
+  MountedMedium medium;
+  const std::string uuid = medium.uuid();
 };
 
 TEST_F(MountedMedia, AFileSystemIsFoundByItsUuidInAnyCase) {
-  EXPECT_EQ(md::host::mountPointOf(uuid), mountPoint);
+  EXPECT_EQ(md::host::mountPointOf(uuid), medium.mountPoint());
   std::string upper = uuid;
   for (char& c : upper) {
     c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   }
-  EXPECT_EQ(md::host::mountPointOf(upper), mountPoint);
+  EXPECT_EQ(md::host::mountPointOf(upper), medium.mountPoint());
   EXPECT_EQ(md::host::mountPointOf(uuid.substr(1) + "a"), "");
 }
 
 TEST_F(MountedMedia, AFolderOfItMountedElsewhereDoesNotHideIt) {
-  folder.makeFolder("bound");
-  const std::string bound = folder / "bound";
-  ASSERT_EQ(mount((mountPoint + "/dir").c_str(), bound.c_str(), nullptr, MS_BIND, nullptr), 0);
-  EXPECT_EQ(md::host::mountPointOf(uuid), mountPoint);
+  medium.surroundings().makeFolder("bound");
+  const std::string bound = medium.surroundings() / "bound";
+  ASSERT_EQ(mount((medium.mountPoint() + "/dir").c_str(), bound.c_str(), nullptr, MS_BIND, nullptr), 0);
+  EXPECT_EQ(md::host::mountPointOf(uuid), medium.mountPoint());
   ASSERT_EQ(umount(bound.c_str()), 0);
 }
 
@@ -102,16 +61,15 @@ TEST_F(MountedMedia, ItsFilesAndDirectoriesOpen) {
 }
 
 TEST_F(MountedMedia, OnceUnmountedItIsNotFound) {
-  ASSERT_EQ(umount(mountPoint.c_str()), 0);
-  mounted = false;
+  ASSERT_TRUE(medium.unmount());
   EXPECT_EQ(md::host::mountPointOf(uuid), "");
   EXPECT_EQ(openItem("vdr2://" + uuid + "/dir/item").code, 2);
 }
 
 TEST_F(MountedMedia, ARegisteredMediumOfTheSameUuidWins) {
-  folder.makeFolder("registered");
-  folder.write("registered/item", std::string("registered"));
-  ASSERT_GE(vdir2MediaRegister(uuid.c_str(), (folder / "registered").c_str()), 0);
+  const TemporaryFolder registered;
+  registered.write("item", std::string("registered"));
+  ASSERT_GE(vdir2MediaRegister(uuid.c_str(), registered.path().c_str()), 0);
   const OpenedItem item = openItem("vdr2://" + uuid + "/item");
   ASSERT_EQ(item.code, 0);
   EXPECT_EQ(readAll(*item.source), "registered");
