@@ -47,7 +47,7 @@ def test_a_misspelt_option_is_suggested(quorin):
     assert_usage_error(quorin("--timeuot=5", "a"), "there is no option --timeuot; did you mean --timeout?")
 
 
-@pytest.mark.parametrize("option", ["--files-from", "--medium", "--mode", "-f", "--follow", "--allow-local", "--timeout", "--connect-timeout",
+@pytest.mark.parametrize("option", ["--files-from", "--medium", "--mode", "--follow", "--timeout", "--connect-timeout",
                                     "--stall-timeout", "--user-agent", "--cacert", "--proxy", "--header", "--color",
                                     "--log"])
 def test_a_missing_value(quorin, option):
@@ -55,7 +55,7 @@ def test_a_missing_value(quorin, option):
     assert_usage_error(quorin(f"{option}=", "a.mp3"), f"{option} needs a value")
 
 
-@pytest.mark.parametrize("option", ["--json", "--version"])
+@pytest.mark.parametrize("option", ["--json", "--allow-local", "--version"])
 def test_a_value_too_many(quorin, option):
     assert_usage_error(quorin(f"{option}=1", "a.mp3"), f"{option} takes no value")
 
