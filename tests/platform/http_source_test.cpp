@@ -81,6 +81,26 @@ TEST(HttpSource, AJumpStartsWithASmallRangeAgain) {
   EXPECT_EQ(nginx.stop().back().range, "bytes=2000000-2016383");
 }
 
+TEST(HttpSource, ASingleReadOfMuchAsksForExactlyThat) {
+  Nginx nginx;
+  const Bytes bytes = testBytes(3000000);
+  nginx.serve("item", bytes);
+  const auto source = openedUrl(nginx.url("/item"));
+  source->seek(100000);
+  Bytes buffer(1500000);
+  unsigned int got = 0;
+  for (unsigned int all = 0; all < buffer.size(); all += got) {
+    ASSERT_EQ(source->read(buffer.data() + all, static_cast<unsigned int>(buffer.size()) - all, got), 0);
+    ASSERT_GT(got, 0U);
+  }
+  EXPECT_TRUE(buffer == slice(bytes, 100000, 1500000));
+  readAt(*source, 2999000, 100000);
+  const auto requests = nginx.stop();
+  ASSERT_EQ(requests.size(), 3U);
+  EXPECT_EQ(requests[1].range, "bytes=100000-1599999");
+  EXPECT_EQ(requests[2].range, "bytes=2999000-2999999");
+}
+
 TEST(HttpSource, AJumpOutOfALongRangeKeepsTheConnection) {
   Nginx nginx;
   const Bytes bytes = testBytes(5000000);

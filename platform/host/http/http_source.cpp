@@ -53,7 +53,7 @@ int HttpSource::read(unsigned char* buffer, unsigned int length, unsigned int& b
   if (!window_.holds(position_)) {
     if (failure_ == 0) {
       ++reads_;
-      failure_ = fetch();
+      failure_ = fetch(length);
     }
     if (failure_ != 0) {
       return failure_;
@@ -65,13 +65,14 @@ int HttpSource::read(unsigned char* buffer, unsigned int length, unsigned int& b
 }
 
 /// Gets the byte at the position into the window, except at the end of a stream.
-int HttpSource::fetch() {
+/// @param wanted how many bytes the reader wants from there on
+int HttpSource::fetch(unsigned int wanted) {
   while (!window_.holds(position_)) {
     const bool readOn = seekable_ ? isJustAhead() && window_.end() < rangeEnd_ : transfer_->underWay();
     if (!readOn && !seekable_) {
       return 0;
     }
-    const int status = readOn ? receive() : requestRange();
+    const int status = readOn ? receive() : requestRange(wanted);
     if (status != 0) {
       return status;
     }
@@ -84,9 +85,10 @@ bool HttpSource::isJustAhead() const {
   return ahead >= 0 && ahead <= shortSkip;
 }
 
-int HttpSource::requestRange() {
+int HttpSource::requestRange(unsigned int wanted) {
   rangeLength_ = isJustAhead() ? std::min(2 * rangeLength_, largestRange) : firstRange;
-  const long long last = std::min(position_ + rangeLength_, size_) - 1;
+  const long long length = wanted > firstRange ? wanted : rangeLength_;
+  const long long last = std::min(position_ + length, size_) - 1;
   const CURLcode result = transfer_->request(ByteRange{position_, last});
   if (result != CURLE_OK) {
     return codeOfFailure(result);

@@ -22,7 +22,8 @@ constexpr long long firstRange = 16LL * 1024;
 /// A read inside the bytes that came last (`HttpWindow`) costs nothing. Any other read of a seekable item
 ///  - goes on with the response under way when the position is at most `shortSkip` ahead of it,
 ///  - else asks for a range that starts at the position: `firstRange` bytes after a jump, and twice as many each time
-///    while reading goes on where the last range ended, so that playing an item needs few requests.
+///    while reading goes on where the last range ended, so that playing an item needs few requests; but exactly the
+///    bytes wanted when a single read wants more than `firstRange`.
 /// All on one connection as long as the server keeps it.
 ///
 /// The first failure of the network is final: from then on every read that needs the network fails at once with the
@@ -46,9 +47,9 @@ class HttpSource : public HttpAccess {
   int getHeaderList(std::deque<std::string>& lines) override;
 
  private:
-  int fetch();
+  int fetch(unsigned int wanted);
   bool isJustAhead() const;
-  int requestRange();
+  int requestRange(unsigned int wanted);
   int receive();
 
   const std::unique_ptr<HttpTransfer> transfer_;
