@@ -53,6 +53,7 @@ Record Analysis::of(const std::string& name) {
   Record record;
   record.name = name;
   record.uri = uriOf(name);
+  result_.reset();
   if (name.find('\0') != std::string::npos) {
     record.error = nulInName();
     return record;
@@ -83,21 +84,21 @@ void Analysis::analyze(Record& record) {
 }
 
 void Analysis::analyzeOnce(Record& record) {
+  result_.reset();
   forgetSightings();
   open_.uri = record.uri;
   open_.options[headerLines] = isAmongFriends(record) ? headers_ : withoutCredentials(headers_);
-  boost::shared_ptr<library::AnalyzeResult> result;
-  const int status = analyzer_.analyze(open_, result);
+  const int status = analyzer_.analyze(open_, result_);
   record.code = status;
-  describe(result.get(), record);
+  describe(result_.get(), record);
   if (record.kind == Kind::Unknown) {
-    record.error = whyUnknown(result->strell.get());
+    record.error = whyUnknown(source());
   } else if (record.kind == Kind::Error) {
     record.error = openError(record.uri, status, sighting().openCode);
   }
   add(record.cost, sighting().closed);
-  if (result && result->strell) {
-    add(record.cost, result->strell->cost());
+  if (source() != nullptr) {
+    add(record.cost, source()->cost());
   }
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "options.h"
+#include "quorin/analyze_result.h"
 #include "quorin/analyzer.h"
 #include "record.h"
 
@@ -17,6 +18,10 @@ class Analysis {
   /// The record of one item. Whatever happens, there is one.
   Record of(const std::string& name);
 
+  /// The source of the last item, where the analysis has left it; null when it was not opened. Good until the next
+  /// item.
+  zu::md::common::strell::Strell* source() const { return result_ ? result_->strell.get() : nullptr; }
+
  private:
   void analyze(Record& record);
   void analyzeOnce(Record& record);
@@ -24,6 +29,7 @@ class Analysis {
   void follow(Record& record, const std::string& target);
 
   library::Analyzer analyzer_;
+  boost::shared_ptr<library::AnalyzeResult> result_;
   zu::md::common::strell::OpenParams open_;
   const std::string headers_;  ///< as the user gave them
   const unsigned int hops_;

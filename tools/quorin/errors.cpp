@@ -2,7 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+
 #include "item.h"
+#include "talk.h"
 
 namespace quorin_command {
 
@@ -82,6 +85,16 @@ ItemError tooManyRedirects(unsigned int followed) {
 
 ItemError localTarget() {
   return {"local_target", "the network redirects to something local, which takes --allow-local"};
+}
+
+ItemError noPicture() { return {"no_picture", "no embedded picture"}; }
+
+ItemError severalPictures() { return {"several_pictures", "several embedded pictures do not go to standard output"}; }
+
+ItemError cannotWrite(const std::string& path, int error) {
+  const std::string file = path == "-" ? "standard output" : path;
+  return error == EEXIST ? ItemError{"file_exists", fmt::format("{} is there already (--force replaces it)", file)}
+                         : ItemError{"cannot_write", fmt::format("{}: {}", file, reasonOf(error))};
 }
 
 ItemError notRecognised() { return {"not_recognised", "not recognised"}; }

@@ -7,7 +7,7 @@ namespace quorin_command {
 
 /// Why an item has no answer.
 struct ItemError {
-  std::string name;     ///< for programs; one of a fixed set that docs/record.schema.json lists
+  std::string name;     ///< for programs; one of a fixed set; docs/record.schema.json lists those of records
   std::string message;  ///< for people; begins in lower case and does not name the item
 };
 
@@ -24,6 +24,11 @@ ItemError readError(int failure);
 ItemError redirectLoop();
 ItemError tooManyRedirects(unsigned int followed);
 ItemError localTarget();
+
+/// Why nothing is copied or played from an item.
+ItemError noPicture();
+ItemError severalPictures();
+ItemError cannotWrite(const std::string& path, int error);  ///< `error` is an errno
 
 ItemError notRecognised();
 ItemError emptyItem();

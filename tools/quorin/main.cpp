@@ -4,10 +4,12 @@
 #include <variant>
 #include <vector>
 
+#include "cover.h"
 #include "exit_codes.h"
 #include "library_setup.h"
 #include "options.h"
 #include "output.h"
+#include "play.h"
 #include "probe.h"
 #include "talk.h"
 
@@ -20,7 +22,15 @@ int runCommand(const Options& options) {
     complain(wrong);
     return EXIT_USAGE;
   }
-  return probe(options);
+  switch (options.command) {
+    case Command::Probe:
+      return probe(options);
+    case Command::Cover:
+      return cover(options);
+    case Command::Play:
+      return play(options);
+  }
+  return EXIT_OUTPUT;
 }
 
 int run(const std::vector<std::string>& arguments) {

@@ -17,16 +17,23 @@ struct Medium {
   std::string directory;
 };
 
+enum class Command { Probe, Cover, Play };
+
 /// A command line, understood and checked.
 struct Options {
+  Command command = Command::Probe;
   std::vector<std::string> words;  ///< the items
   std::string filesFrom;           ///< list of further items; "-": standard input
   bool nulSeparated = false;       ///< what separates the names in that list
   zu::md::common::quorin::Analyzer::Mode_t mode = zu::md::common::quorin::Analyzer::MODE_AUDIO;
   zu::md::common::strell::OpenParams open;  ///< how items are opened; without URI
   std::vector<Medium> media;
-  unsigned int follow = 0;  ///< most redirects that are followed from one item
-  bool allowLocal = false;  ///< whether the network may redirect to something local
+  unsigned int follow = 0;   ///< most redirects that are followed from one item
+  bool allowLocal = false;   ///< whether the network may redirect to something local
+  std::string outputFile;    ///< where to write; empty: not given
+  std::string outputFolder;  ///< where to write files; empty: not given
+  bool force = false;        ///< whether files that are there already may be replaced
+  bool titles = false;       ///< whether the titles of a live stream are told
   bool json = false;
   bool quiet = false;
   ColorWish color = ColorWish::Auto;
@@ -43,7 +50,7 @@ struct UsageError {
   std::string cause;
 };
 
-/// Understands a command line. Every option of the command is defined here and nowhere else.
+/// Understands a command line. The commands and their options stand in commands.h and option_groups.h.
 /// @param arguments without the program's name
 std::variant<Options, Answer, UsageError> parseCommandLine(const std::vector<std::string>& arguments);
 

@@ -23,27 +23,6 @@ void onInterrupt(int /*signal*/) {
   interrupted = 1;
 }
 
-int writeAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<size_t>(written));
-    } else if (errno != EINTR) {
-      return errno;
-    }
-  }
-  return 0;
-}
-
-/// Says what is wrong with standard output, if anything.
-/// @return whether all is well
-bool isFine(int error) {
-  if (error != 0) {
-    complain("standard output", reasonOf(error));
-  }
-  return error == 0;
-}
-
 /// A closed standard stream is replaced by one on which every use fails, so that no file or connection gets its number.
 void fillClosedStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -55,11 +34,31 @@ void fillClosedStreams() {
 
 }  // namespace
 
+int writeAll(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written >= 0) {
+      bytes.remove_prefix(static_cast<size_t>(written));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+bool isFine(int error) {
+  if (error != 0) {
+    complain("standard output", reasonOf(error));
+  }
+  return error == 0;
+}
+
 void prepareStreams() {
   fillClosedStreams();
   struct sigaction ignore = {};
   ignore.sa_handler = SIG_IGN;
   ::sigaction(SIGPIPE, &ignore, nullptr);
+  ::sigaction(SIGXFSZ, &ignore, nullptr);
   struct sigaction before = {};
   // A shell that starts a program in the background tells it to ignore SIGINT; so it stays.
   if (::sigaction(SIGINT, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) {

@@ -9,12 +9,21 @@
 namespace quorin_command {
 
 /// To be called first in the program. Makes sure that nothing opened later lands on a closed standard stream, that a
-/// reader who goes away shows as a failed write, and that SIGINT ends the program with EXIT_INTERRUPTED.
+/// reader who goes away and a file that may grow no more show as a failed write, and that SIGINT ends the program with
+/// EXIT_INTERRUPTED.
 void prepareStreams();
 
 /// Writes to standard output, to the last byte.
 /// @return false after saying on standard error why not
 bool writeData(std::string_view text);
+
+/// Writes to a descriptor, to the last byte.
+/// @return 0, or the errno of the failure
+int writeAll(int descriptor, std::string_view bytes);
+
+/// Says what is wrong with standard output, if anything.
+/// @return whether all is well, that is, whether the errno is 0
+bool isFine(int error);
 
 /// Closes standard output: the last chance to learn that a disk is full.
 /// @return false after saying on standard error why not

@@ -2,14 +2,11 @@
 
 #include <string>
 
-#include "analysis.h"
 #include "card.h"
-#include "exit_codes.h"
-#include "item_list.h"
+#include "item_run.h"
 #include "json_output.h"
 #include "output.h"
 #include "table.h"
-#include "talk.h"
 
 namespace quorin_command {
 
@@ -44,56 +41,12 @@ class Report {
   bool started_ = false;
 };
 
-struct Tally {
-  unsigned long long items = 0;
-  unsigned long long unknown = 0;
-  unsigned long long failed = 0;
-
-  void count(const Record& record) {
-    ++items;
-    unknown += record.kind == Kind::Unknown ? 1U : 0U;
-    failed += record.kind == Kind::Error ? 1U : 0U;
-  }
-
-  ExitCode exitCode() const {
-    if (failed == 0 && unknown == 0) {
-      return EXIT_ALL_RECOGNISED;
-    }
-    return failed == items ? EXIT_ALL_FAILED : EXIT_SOME_FAILED;
-  }
-};
-
-/// How redirects led to where the trouble is; nothing when none did.
-std::string wayTo(const Record& record) {
-  std::string way;
-  for (const std::string& uri : chainOf(record)) {
-    way += (way.empty() ? "; redirects: " : " -> ") + uri;
-  }
-  return way;
-}
-
 }  // namespace
 
 int probe(const Options& options) {
-  Analysis analysis(options);
   Report report(options);
-  ItemList items(options.words, options.filesFrom, options.nulSeparated ? '\0' : '\n');
-  Tally tally;
-  for (std::string name; items.next(name);) {
-    const Record record = analysis.of(name);
-    tally.count(record);
-    if (record.error && !options.quiet) {
-      complain(name, record.error->message + wayTo(record));
-    }
-    if (!report.add(record)) {
-      return EXIT_OUTPUT;
-    }
-  }
-  if (items.error() != 0) {
-    complain(options.filesFrom == "-" ? "standard input" : options.filesFrom, reasonOf(items.error()));
-    return EXIT_USAGE;
-  }
-  return tally.exitCode();
+  return runItems(options, {[](Analysis& /*analysis*/, Record& /*record*/) {},
+                            [&report](const Record& record) { return report.add(record); }});
 }
 
 }  // namespace quorin_command

@@ -48,6 +48,11 @@ AudioRecord describeAudio(const library::AudioInfo& info, std::optional<long lon
 
 }  // namespace
 
+ItemError notAudio(Kind kind) {
+  return kind == Kind::Redirect ? ItemError{"not_audio", "a redirect; --follow goes on to what is behind it"}
+                                : ItemError{"not_audio", "a folder"};
+}
+
 void describe(const library::AnalyzeResult* result, Record& record) {
   using zu::md::common::strell::Strell;
   if (result == nullptr || !result->info) {

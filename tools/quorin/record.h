@@ -40,6 +40,9 @@ struct RedirectRecord {
   std::list<std::string> urls;
 };
 
+/// The error of an item that is known, but is no audio.
+ItemError notAudio(Kind kind);
+
 /// Everything that is told about one item; what every output is made of.
 struct Record {
   std::string name;              ///< as the user gave it

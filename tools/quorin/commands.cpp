@@ -1,0 +1,69 @@
+#include "commands.h"
+
+#include <algorithm>
+
+namespace quorin_command {
+
+const std::vector<CommandDefinition>& commandDefinitions() {
+  static const std::vector<CommandDefinition> definitions = {
+      {Command::Probe,
+       "probe",
+       "URI...",
+       "what is each item?",
+       "Tells what is behind each URI: an audio stream of which format, how long it is,\n"
+       "where its data lies, what a player may do with it. One item gives a card, several\n"
+       "give a table.\n",
+       {defineItemList, defineSources, defineRedirects, defineNetwork, defineJson, defineMessages},
+       0},
+      {Command::Cover,
+       "cover",
+       "(-o FILE | -d DIR) URI...",
+       "copy the embedded pictures out",
+       "Copies the embedded pictures of each item into files and reads nothing else of it.\n"
+       "Prints the name of each file that was written. Several pictures of an item are\n"
+       "numbered. A file that is there already stays as it is, unless --force is given.\n",
+       {defineItemList, defineSources, defineRedirects, defineNetwork, defineCoverFiles, defineMessages},
+       0},
+      {Command::Play,
+       "play",
+       "URI",
+       "write the stream from the play position to standard output",
+       "Writes the audio to standard output, from where playing begins to its end, without\n"
+       "the metadata of a live stream: quorin play URL | mpg123 -\n"
+       "Ends quietly when the reader goes away.\n",
+       {defineSources, defineRedirects, defineNetwork, defineTitles, defineMessages},
+       1},
+  };
+  return definitions;
+}
+
+const CommandDefinition* commandNamed(std::string_view name) {
+  for (const CommandDefinition& definition : commandDefinitions()) {
+    if (definition.name == name) {
+      return &definition;
+    }
+  }
+  return nullptr;
+}
+
+void define(const CommandDefinition& command, CLI::App& app, Given& given) {
+  for (const OptionGroup group : command.groups) {
+    group(app, given);
+  }
+  defineAnswers(app, given);
+}
+
+void defineAll(CLI::App& app, Given& given) {
+  std::vector<OptionGroup> defined;
+  for (const CommandDefinition& command : commandDefinitions()) {
+    for (const OptionGroup group : command.groups) {
+      if (std::find(defined.begin(), defined.end(), group) == defined.end()) {
+        defined.push_back(group);
+        group(app, given);
+      }
+    }
+  }
+  defineAnswers(app, given);
+}
+
+}  // namespace quorin_command

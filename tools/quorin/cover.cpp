@@ -1,0 +1,98 @@
+#include "cover.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <optional>
+
+#include "byte_range.h"
+#include "item_run.h"
+#include "output.h"
+#include "picture_file.h"
+
+namespace quorin_command {
+
+namespace {
+
+using zu::md::common::strell::Strell;
+
+/// What a picture file is called.
+/// @param number which of the item's pictures it is, from 1 on; 0 for the only one
+std::string fileName(const Options& options, const Record& record, unsigned int number, std::string_view begin) {
+  const std::string numbered = number == 0 ? std::string() : fmt::format("-{}", number);
+  if (options.outputFile.empty()) {
+    return options.outputFolder + '/' + pictureName(record.uri) + numbered + pictureEnding(begin);
+  }
+  if (number == 0 || options.outputFile == "-") {
+    return options.outputFile;
+  }
+  const size_t folderEnd = options.outputFile.find_last_of('/') + 1;
+  const size_t ending = options.outputFile.find_last_of('.');
+  const bool hasEnding = ending != std::string::npos && ending > folderEnd;
+  return options.outputFile.substr(0, hasEnding ? ending : std::string::npos) + numbered + pictureEnding(begin);
+}
+
+/// Copies the pictures of one run.
+class Copier {
+ public:
+  explicit Copier(const Options& options) : options_(options) {}
+
+  /// Copies the pictures of an item; if that cannot be done, the record says why.
+  void copy(Strell* source, Record& record) {
+    written_.clear();
+    if (record.kind != Kind::Audio) {
+      record.error = record.error ? record.error : notAudio(record.kind);
+    } else if (record.audio->pictures.empty()) {
+      record.error = noPicture();
+    } else if (record.audio->pictures.size() > 1 && options_.outputFile == "-") {
+      record.error = severalPictures();
+    }
+    for (size_t i = 0; !record.error && i < record.audio->pictures.size(); ++i) {
+      record.error = copyPicture(*source, record, i);
+    }
+    record.kind = record.error ? Kind::Error : record.kind;
+  }
+
+  /// Tells the files that were written of the last item.
+  /// @return whether the run may go on
+  bool tell() const { return !outputFailed_ && (written_.empty() || writeData(written_)); }
+
+ private:
+  /// @return why not, if so
+  std::optional<ItemError> copyPicture(Strell& source, const Record& record, size_t index) {
+    const auto& pictures = record.audio->pictures;
+    const auto number = pictures.size() == 1 ? 0 : static_cast<unsigned int>(index) + 1;
+    std::optional<NewFile> file;
+    const auto write = [&](std::string_view bytes) {
+      if (!file) {
+        file.emplace(fileName(options_, record, number, bytes), options_.force);
+      }
+      file->write(bytes);
+    };
+    const int failure =
+        readRange(source, pictures[index].offset, static_cast<unsigned int>(pictures[index].length), write);
+    if (failure != 0) {
+      return readError(failure);
+    }
+    if (const int error = file->commit(); error != 0) {
+      outputFailed_ = error != EEXIST;
+      return cannotWrite(file->path(), error);
+    }
+    written_ += file->path() == "-" ? "" : file->path() + '\n';
+    return std::nullopt;
+  }
+
+  const Options& options_;
+  std::string written_;
+  bool outputFailed_ = false;
+};
+
+}  // namespace
+
+int cover(const Options& options) {
+  Copier copier(options);
+  return runItems(options, {[&](Analysis& analysis, Record& record) { copier.copy(analysis.source(), record); },
+                            [&](const Record& /*record*/) { return copier.tell(); }});
+}
+
+}  // namespace quorin_command
