@@ -15,7 +15,7 @@ load_module /usr/lib/nginx/modules/ngx_http_lua_module.so;
 daemon off; worker_processes 1; pid nginx.pid; error_log error.log; user root;
 events { worker_connections 64; }
 http {
-  log_format whole '$status $request_method $request_uri|$http_user_agent|$http_x_test|$http_authorization|$http_cookie';
+  log_format whole '$status $body_bytes_sent $request_method $request_uri|$http_user_agent|$http_x_test|$http_authorization|$http_cookie';
   access_log access.log whole;
   client_body_temp_path tmp/b; proxy_temp_path tmp/p; fastcgi_temp_path tmp/f; uwsgi_temp_path tmp/u;
   scgi_temp_path tmp/s;
@@ -31,6 +31,8 @@ http {
     location ~ ^/go/(?<code>3\\d\\d)$ { content_by_lua_block {
       ngx.status = tonumber(ngx.var.code); ngx.header["Location"] = ngx.unescape_uri(ngx.var.arg_to or "")
       ngx.print("look there"); return ngx.exit(ngx.OK) } }
+    location /norange/ { alias www/; max_ranges 0; }
+    location /any/ { rewrite ^ /named.mp3 break; }
     location /typed/ { alias www/; header_filter_by_lua_block {
       ngx.header.content_type = ngx.unescape_uri(ngx.var.arg_type) } }
     location ~ ^/status/(?<code>\\d+)$ { content_by_lua_block {
@@ -58,7 +60,8 @@ def free_port():
 class Nginx:
     """A real server: its root is `www`; /status/N answers N, /moved leads to /song.mp3, /lost
     redirects to nowhere, /go/3xx?to=URI to
-    that URI; /typed/NAME?type=T serves NAME as that type; https with a certificate that only `ca` has signed."""
+    that URI; /typed/NAME?type=T serves NAME as that type;
+    /norange/NAME without ranges; /any/... serves named.mp3; https with a certificate that only `ca` has signed."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
@@ -100,7 +103,7 @@ class Nginx:
         return f"{self.url}/typed/{name}?type={urllib.parse.quote(content_type, safe='')}"
 
     def requests(self):
-        """One line per request: status, method, URI | user agent | X-Test | authorization | cookie."""
+        """One line per request: status, bytes of the body, method, URI | user agent | X-Test | authorization | cookie."""
         time.sleep(0.1)  # nginx logs after it has answered
         return (self.folder / "access.log").read_text().splitlines()
 
