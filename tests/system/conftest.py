@@ -1,6 +1,6 @@
 """What the tests of the quorin command share: the command itself, real items, golden files.
 
-Run by hand:  QUORIN_COMMAND=build/dev/bin/quorin /usr/bin/python3 -m pytest tests/system
+Run by hand:  QUORIN_COMMAND=build/dev/bin/quorin QUORIN_DOCUMENTS=build/dev/documents /usr/bin/python3 -m pytest tests/system
 Rewrite the golden files:  ... --update-golden
 """
 

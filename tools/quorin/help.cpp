@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "exit_codes.h"
+
 namespace quorin_command {
 
 namespace {
@@ -34,21 +36,44 @@ std::string otherCommands() {
   return text;
 }
 
-const char aboutItems[] =
-    "\n"
-    "A URI is a path, or file:, vdr2://, http:// or https://. A name that begins like a\n"
-    "URI but is a file's is taken for the file unless it has '://'; write ./NAME to be\n"
-    "sure, also for a file called like a command or '-'. Everything behind '--' is a URI.\n";
-
-const char aboutExitStatus[] =
-    "Exit status: 0 every item was recognised; 1 some failed or were not recognised;\n"
-    "2 wrong usage; 3 no item could be opened; 4 output or internal error; 130 SIGINT.\n";
+/// As one paragraph.
+std::string exitStatusText() {
+  constexpr size_t width = 84;
+  std::string text = "Exit status:";
+  size_t column = text.size();
+  for (const ExitStatusMeaning& entry : exitStatusMeanings()) {
+    const bool last = &entry == &exitStatusMeanings().back();
+    const std::string phrase = fmt::format(" {} {}{}", entry.status, entry.meaning, last ? "." : ";");
+    const bool fits = column + phrase.size() <= width;
+    text += fits ? phrase : '\n' + phrase.substr(1);
+    column = fits ? column + phrase.size() : phrase.size() - 1;
+  }
+  return text + '\n';
+}
 
 }  // namespace
 
+const char* aboutItems() {
+  return "A URI is a path, or file:, vdr2://, http:// or https://. A name that begins like a\n"
+         "URI but is a file's is taken for the file unless it has '://'; write ./NAME to be\n"
+         "sure, also for a file called like a command or '-'. Everything behind '--' is a URI.\n";
+}
+
+const std::vector<ExitStatusMeaning>& exitStatusMeanings() {
+  static const std::vector<ExitStatusMeaning> meanings = {
+      {EXIT_ALL_RECOGNISED, "every item was recognised"},
+      {EXIT_SOME_FAILED, "some failed or were not recognised"},
+      {EXIT_USAGE, "wrong usage"},
+      {EXIT_ALL_FAILED, "every item failed"},
+      {EXIT_OUTPUT, "output or internal error"},
+      {EXIT_INTERRUPTED, "SIGINT"},
+  };
+  return meanings;
+}
+
 std::string helpText(const CommandDefinition& command) {
-  return "Usage: " + usageLine(command) + "\n\n" + command.text + aboutItems +
-         (mayBeLeftOut(command) ? otherCommands() : std::string()) + optionsOf(command) + aboutExitStatus;
+  return "Usage: " + usageLine(command) + "\n\n" + command.text + '\n' + aboutItems() +
+         (mayBeLeftOut(command) ? otherCommands() : std::string()) + optionsOf(command) + exitStatusText();
 }
 
 }  // namespace quorin_command
