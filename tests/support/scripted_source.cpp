@@ -12,9 +12,10 @@ constexpr int notSeekable = -29;
 constexpr int badOffset = -22;
 constexpr int sizeUnknown = -38;
 
-int faultOf(const std::map<int, int>& faults, int call) {
+/// @param every failure of every call, unless it is 0
+int faultOf(const std::map<int, int>& faults, int call, int every = 0) {
   const auto found = faults.find(call);
-  return found == faults.end() ? 0 : found->second;
+  return found == faults.end() ? every : found->second;
 }
 
 }  // namespace
@@ -67,16 +68,17 @@ int ScriptedSource::seek(long long offset) {
 
 int ScriptedSource::tell(long long& offset) {
   ++calls.tells;
-  if (script.tellFault == 0) {
+  const int status = faultOf(script.tellFaults, calls.tells, script.tellFault);
+  if (status == 0) {
     offset = position_;
   }
-  return script.tellFault;
+  return status;
 }
 
 int ScriptedSource::size(long long& bytes) {
   ++calls.sizes;
-  if (script.sizeFault != 0) {
-    return script.sizeFault;
+  if (const int status = faultOf(script.sizeFaults, calls.sizes, script.sizeFault); status != 0) {
+    return status;
   }
   if (!script.sizeKnown) {
     return sizeUnknown;
@@ -87,10 +89,11 @@ int ScriptedSource::size(long long& bytes) {
 
 int ScriptedSource::getSeekable(bool& seekable) {
   ++calls.seekables;
-  if (script.seekableFault == 0) {
+  const int status = faultOf(script.seekableFaults, calls.seekables, script.seekableFault);
+  if (status == 0) {
     seekable = script.seekable;
   }
-  return script.seekableFault;
+  return status;
 }
 
 UrlCost ScriptedSource::cost() const {
@@ -121,10 +124,11 @@ UrlCost ScriptedHttpSource::cost() const { return source.cost(); }
 
 int ScriptedHttpSource::getHeaderList(std::deque<std::string>& lines) {
   ++source.calls.headerLists;
-  if (headerFault == 0) {
+  const int status = faultOf(source.script.headerListFaults, source.calls.headerLists, headerFault);
+  if (status == 0) {
     lines = headerLines;
   }
-  return headerFault;
+  return status;
 }
 
 ScriptedScheme::ScriptedScheme(std::string scheme, Opener opener) : scheme_(std::move(scheme)) {

@@ -24,9 +24,13 @@ struct SourceScript {
   std::map<int, int> seekFaults;               ///< n-th seek -> its failure
   long long failingOffset = -1;                ///< reads that reach this offset deliver what is before it, then fail
   int failingOffsetCode = -5;
-  int sizeFault = 0;      ///< failure of every `size`
-  int seekableFault = 0;  ///< failure of every `getSeekable`
-  int tellFault = 0;      ///< failure of every `tell`
+  int sizeFault = 0;                    ///< failure of every `size`
+  int seekableFault = 0;                ///< failure of every `getSeekable`
+  int tellFault = 0;                    ///< failure of every `tell`
+  std::map<int, int> sizeFaults;        ///< n-th `size` -> its failure
+  std::map<int, int> seekableFaults;    ///< n-th `getSeekable` -> its failure
+  std::map<int, int> tellFaults;        ///< n-th `tell` -> its failure
+  std::map<int, int> headerListFaults;  ///< n-th `getHeaderList` of a source that has one -> its failure
 };
 
 /// Calls that a source has seen.
