@@ -92,7 +92,7 @@ def test_zsh_understands_its_completions(quorin):
 def test_zsh_completes_the_options_of_a_command():
     script = f"""
 fpath=({DOCUMENTS} $fpath)
-autoload -Uz compinit && compinit -u -d /dev/null
+autoload -Uz compinit && compinit -u -D
 _arguments() {{ print -l -- "$@"; }}
 _describe() {{ print -l -- $commands; }}
 _files() {{ print files; }}
