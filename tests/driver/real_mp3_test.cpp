@@ -7,9 +7,9 @@
 #include <cmath>
 
 #include "analysis.h"
-#include "encoded_mp3.h"
 #include "framework/status.h"
 #include "quorin/audio_info.h"
+#include "support/encoded_mp3.h"
 #include "support/id3_bytes.h"
 #include "support/run_command.h"
 
@@ -59,9 +59,9 @@ Analysis expectSoundAnswer(const EncodedMp3& file) {
   EXPECT_EQ(onDisk.value("media_type"), "0");
   EXPECT_EQ(onDisk.value("can"), "seek speed pause");
   EXPECT_EQ(onDisk.number("data_start"), file.audioStart());
-  const std::string samples = decoded(cut(file.bytes(), onDisk.number("data_start"), onDisk.number("data_end")));
+  const std::string samples = decodedMp3(cut(file.bytes(), onDisk.number("data_start"), onDisk.number("data_end")));
   EXPECT_FALSE(samples.empty());
-  EXPECT_TRUE(samples == decoded(file.bytes()));
+  EXPECT_TRUE(samples == decodedMp3(file.bytes()));
   return onDisk;
 }
 
@@ -177,7 +177,7 @@ TEST(RealMp3, FreeFormatOf128KilobitsIsRecognised) {
   EXPECT_EQ(analysis.status, 0);
   EXPECT_EQ(analysis.value("data_start"), "417");
   EXPECT_EQ(analysis.value("bitrate"), "128000");  // from the LAME extension
-  EXPECT_TRUE(decoded(cut(file.bytes(), 417, analysis.number("data_end"))) == decoded(file.bytes()));
+  EXPECT_TRUE(decodedMp3(cut(file.bytes(), 417, analysis.number("data_end"))) == decodedMp3(file.bytes()));
 }
 
 TEST(RealMp3, FreeFormatOfOtherBitratesIsDeclined) {
@@ -208,15 +208,6 @@ TEST(RealMp3, Id3v2OfBothVersions) {
   const EncodedMp3 padded =
       EncodedMp3::byLame({"-b", "128", "--tt", "Opening", "--id3v2-only", "--pad-id3v2-size", "5000"});
   expectSoundAnswer(padded);
-}
-
-/// Bytes that begin like a JPEG, as many as asked for, with every value among them.
-Bytes jpegLike(size_t size) {
-  Bytes picture = noise(size, 5);
-  for (size_t i = 0; i < size; i += 3) {
-    picture[i] = static_cast<unsigned char>(0xff - i % 251);
-  }
-  return overlay(picture, 0, {0xff, 0xd8, 0xff, 0xe0});
 }
 
 /// The one picture of `analysis`, cut out of the file.
@@ -281,7 +272,7 @@ TEST(RealMp3, WhatTheSourceDeliversAfterTheAnalysisDecodes) {
   std::vector<strell::IcyData> icy;
   ASSERT_EQ(analysis.result->strell->readData(played.data(), static_cast<unsigned>(played.size()), got, icy), 0);
   EXPECT_EQ(got, file.bytes().size() - static_cast<size_t>(analysis.number("data_start")));
-  EXPECT_TRUE(decoded(head(played, got)) == decoded(file.bytes()));
+  EXPECT_TRUE(decodedMp3(head(played, got)) == decodedMp3(file.bytes()));
 }
 
 // ---- what it costs ----

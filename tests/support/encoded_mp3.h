@@ -3,12 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "support/bytes.h"
-#include "support/temporary_folder.h"
-
-/// @file
-/// MP3 files by the encoders of this machine, and what independent programs say about them. A missing encoder fails
-/// the test that needs it.
+#include "support/encoders.h"
 
 namespace quorin_test {
 
@@ -19,14 +14,14 @@ struct Sound {
   unsigned seconds = 6;
 };
 
-/// One encoded file.
+/// One MP3 file by an encoder of this machine.
 class EncodedMp3 {
  public:
   /// By `lame`, with these options.
-  static EncodedMp3 byLame(const std::vector<std::string>& options, const Sound& sound = Sound());
+  static EncodedMp3 byLame(const Options& options, const Sound& sound = Sound());
 
   /// By `ffmpeg`, with these output options. `cover` is the path of a picture to be attached, or empty.
-  static EncodedMp3 byFfmpeg(const std::vector<std::string>& options, const Sound& sound = Sound(),
+  static EncodedMp3 byFfmpeg(const Options& options, const Sound& sound = Sound(),
                              const std::string& cover = std::string());
 
   const std::string& path() const { return path_; }
@@ -41,18 +36,9 @@ class EncodedMp3 {
 
  private:
   EncodedMp3(std::string path, Bytes bytes) : path_(std::move(path)), bytes_(std::move(bytes)) {}
-  std::string probe(const std::vector<std::string>& options) const;
 
   std::string path_;
   Bytes bytes_;
 };
-
-/// Everything that a test writes; one folder for the whole program.
-const TemporaryFolder& encodedFolder();
-
-Bytes readFile(const std::string& path);
-
-/// The samples that mpg123 decodes, without any correction of encoder delays; empty when it complains.
-std::string decoded(const Bytes& mp3);
 
 }  // namespace quorin_test

@@ -1,0 +1,145 @@
+#include "support/encoders.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "support/run_command.h"
+
+namespace quorin_test {
+
+namespace {
+
+std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+}  // namespace
+
+Options operator+(Options front, const Options& back) {
+  front.insert(front.end(), back.begin(), back.end());
+  return front;
+}
+
+std::string outputOf(const Options& command) {
+  const CommandRun run = runCommand(command);
+  EXPECT_TRUE(run.ok()) << command.front() << " ended with " << run.exitCode << ": " << run.errors;
+  return run.output;
+}
+
+const TemporaryFolder& encodedFolder() {
+  static const TemporaryFolder folder;
+  return folder;
+}
+
+std::string freshPath(const std::string& ending) {
+  static int count = 0;
+  return encodedFolder() / (std::to_string(++count) + ending);
+}
+
+std::string writtenFile(const std::string& ending, const Bytes& bytes) {
+  const std::string path = freshPath(ending);
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  return path;
+}
+
+Bytes readFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+std::string wave(unsigned rate, unsigned channels) {
+  const std::string path = freshPath(".wav");
+  outputOf({"sox", "-n", "-b", "16", "-r", std::to_string(rate), "-c", std::to_string(channels), path, "synth", "3",
+            "sine", "300-3000"});
+  return path;
+}
+
+std::string sox(const std::string& input, const Options& options, const std::string& ending) {
+  const std::string path = freshPath(ending);
+  outputOf(Options{"sox", input} + options + Options{path});
+  return path;
+}
+
+std::string flac(const std::string& input, const Options& options) {
+  const std::string path = freshPath(".flac");
+  outputOf(Options{"flac", "-s", "-f"} + options + Options{"-o", path, input});
+  return path;
+}
+
+std::string ffmpeg(const std::string& input, const Options& options, const std::string& ending) {
+  const std::string path = freshPath(ending);
+  outputOf(Options{"ffmpeg", "-v", "error", "-y", "-i", input} + options + Options{path});
+  return path;
+}
+
+std::string noisyPng(unsigned side) {
+  const std::string path = freshPath(".png");
+  const std::string pixels = std::to_string(side) + "x" + std::to_string(side);
+  outputOf({"ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i",
+            "nullsrc=size=" + pixels + ",format=rgb24,noise=alls=100:allf=t", "-frames:v", "1", path});
+  return path;
+}
+
+Bytes jpegLike(size_t size) {
+  Bytes picture = noise(size, 5);
+  for (size_t i = 0; i < size; i += 3) {
+    picture[i] = static_cast<unsigned char>(0xff - i % 251);
+  }
+  return overlay(picture, 0, {0xff, 0xd8, 0xff, 0xe0});
+}
+
+std::string probed(const std::string& path, const std::string& entry) {
+  return firstLine(outputOf({"ffprobe", "-v", "error", "-select_streams", "a:0", "-show_entries", entry,
+                             "-read_intervals", "%+#1", "-of", "default=nokey=1:noprint_wrappers=1", path}));
+}
+
+std::string mediainfo(const std::string& path, const std::string& property) {
+  return firstLine(outputOf({"mediainfo", "--Inform=Audio;%" + property + "%", path}));
+}
+
+std::string metaflac(const std::string& path, const std::string& option) {
+  return firstLine(outputOf({"metaflac", option, path}));
+}
+
+Bytes playedFrom(zu::md::common::strell::Strell& strell, size_t most,
+                 std::vector<zu::md::common::strell::IcyData>* icy) {
+  constexpr size_t step = 10000;
+  Bytes played;
+  std::vector<zu::md::common::strell::IcyData> met;
+  for (int status = 0; status == 0 && played.size() < most;) {
+    Bytes chunk(std::min(step, most - played.size()));
+    unsigned int got = 0;
+    status = strell.readData(chunk.data(), static_cast<unsigned int>(chunk.size()), got, met);
+    played.insert(played.end(), chunk.begin(), chunk.begin() + got);
+  }
+  if (icy != nullptr) {
+    *icy = met;
+  }
+  return played;
+}
+
+std::string decodedSamples(const std::string& path) {
+  const CommandRun run = runCommand({"ffmpeg", "-v", "error", "-i", path, "-f", "s16le", "-"});
+  EXPECT_TRUE(run.ok() && run.errors.empty()) << run.errors;
+  return run.output;
+}
+
+std::string decodedMp3(const Bytes& mp3) {
+  const std::string path = writtenFile(".cut.mp3", mp3);
+  const CommandRun run = runCommand({"mpg123", "-q", "-s", "--no-gapless", "--no-resync", path});
+  EXPECT_TRUE(run.ok() && run.errors.empty()) << "mpg123 ended with " << run.exitCode << ": " << run.errors;
+  return run.ok() && run.errors.empty() ? run.output : std::string();
+}
+
+void expectSoundPlaying(zu::md::common::strell::Strell& strell, const std::string& path) {
+  const std::string ending = std::filesystem::path(path).extension();
+  const std::string cut = writtenFile(ending, playedFrom(strell));
+  const std::string samples = decodedSamples(cut);
+  EXPECT_FALSE(samples.empty());
+  EXPECT_TRUE(samples == decodedSamples(path));
+}
+
+}  // namespace quorin_test
