@@ -78,4 +78,11 @@ void ChildProcess::stop() {
   }
 }
 
+void ChildProcess::endNow() {
+  if (running()) {
+    kill(pid_, SIGKILL);
+  }
+  stop();
+}
+
 }  // namespace quorin_test

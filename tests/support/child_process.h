@@ -23,6 +23,8 @@ class ChildProcess {
   bool succeeds();
   /// Asks it to end, insists after a while, and waits for it.
   void stop();
+  /// Ends it without asking, for one that takes long to end and leaves nothing worth it.
+  void endNow();
 
  private:
   pid_t pid_;

@@ -41,10 +41,13 @@ std::string filledIn(std::string text, const std::string& mark, const std::strin
 
 }  // namespace
 
-Icecast::Icecast(const Bytes& bytes, const std::string& contentType, int kilobits) {
-  const std::string hello = request("PUT", "/station",
-                                    "Content-Type: " + contentType + "\r\nIce-Bitrate: " + std::to_string(kilobits) +
-                                        "\r\nIce-Name: Test station\r\nIce-Public: 0\r\n");
+Icecast::Icecast(const Bytes& bytes, const std::string& contentType, Bitrate bitrate) {
+  // Icecast makes a line of each way in which the station tells it.
+  std::string lines = bitrate == UNSAID ? "" : "Ice-Bitrate: 128\r\n";
+  lines += bitrate == SAID_TWICE ? "Ice-Audio-Info: bitrate=128;samplerate=44100;channels=2\r\n" : "";
+  const std::string hello =
+      request("PUT", "/station",
+              "Content-Type: " + contentType + "\r\n" + lines + "Ice-Name: Test station\r\nIce-Public: 0\r\n");
   // On a busy machine Icecast now and then hangs while its threads start, and then never answers anybody.
   for (int attempt = 0; attempt < attempts; ++attempt) {
     start(hello, bytes);
@@ -76,7 +79,9 @@ void Icecast::stop() {
     ending_ = true;
   }
   ended_.notify_all();
-  process_.reset();  // before the feeder, who may be waiting for an answer
+  if (process_) {
+    process_->endNow();  // before the feeder, who may be waiting for an answer; asked to end it would take 1.5 s
+  }
   if (feeder_.joinable()) {
     feeder_.join();
   }

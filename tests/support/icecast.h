@@ -17,9 +17,10 @@ class Icecast {
  public:
   static constexpr int metadataInterval = 1024;
 
-  /// @param contentType of the station
-  /// @param kilobits what the station says its bitrate is
-  explicit Icecast(const Bytes& bytes, const std::string& contentType = "audio/mpeg", int kilobits = 128);
+  /// How often the response says "icy-br: 128".
+  enum Bitrate { UNSAID, SAID_ONCE, SAID_TWICE };
+
+  explicit Icecast(const Bytes& bytes, const std::string& contentType = "audio/mpeg", Bitrate bitrate = SAID_ONCE);
   ~Icecast();
 
   std::string url() const;
