@@ -14,6 +14,9 @@ namespace quorin_test {
 /// A port that nobody listens on.
 uint16_t freePort();
 
+/// Whether this process has a network of its own, in which nothing but the loopback exists.
+bool onlyLoopback();
+
 /// A listening socket on `port`, 0 for any; throws when that fails.
 int listenOnLoopback(uint16_t port, int backlog = 64);
 
