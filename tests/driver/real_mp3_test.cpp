@@ -210,6 +210,15 @@ TEST(RealMp3, Id3v2OfBothVersions) {
   expectSoundAnswer(padded);
 }
 
+/// Bytes that begin like a JPEG, as many as asked for, with every value among them.
+Bytes jpegLike(size_t size) {
+  Bytes picture = noise(size, 5);
+  for (size_t i = 0; i < size; i += 3) {
+    picture[i] = static_cast<unsigned char>(0xff - i % 251);
+  }
+  return overlay(picture, 0, {0xff, 0xd8, 0xff, 0xe0});
+}
+
 /// The one picture of `analysis`, cut out of the file.
 Bytes pictureOf(const EncodedMp3& file, const Analysis& analysis) {
   const auto audio = boost::dynamic_pointer_cast<AudioInfo>(analysis.result->info);

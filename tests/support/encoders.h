@@ -34,8 +34,8 @@ Bytes readFile(const std::string& path);
 
 // ---- encoders: each writes a file and returns its path ----
 
-/// By `sox`: three seconds of sound, 16 bits per sample.
-std::string wave(unsigned rate = 44100, unsigned channels = 2);
+/// By `sox`: sound as its `synth` makes it, three seconds when not told otherwise; 16 bits per sample.
+std::string wave(unsigned rate = 44100, unsigned channels = 2, const Options& sound = {"3", "sine", "300-3000"});
 
 /// By `sox`, with these output options.
 std::string sox(const std::string& input, const Options& options, const std::string& ending);
@@ -46,11 +46,8 @@ std::string flac(const std::string& input, const Options& options = {});
 /// By `ffmpeg`, with these output options.
 std::string ffmpeg(const std::string& input, const Options& options, const std::string& ending);
 
-/// A PNG of noise, `side` pixels wide and high, so that its size is about 3 bytes per pixel.
+/// A PNG of noise, `side` pixels wide and high, of a little less than 2 bytes per pixel.
 std::string noisyPng(unsigned side);
-
-/// Bytes that begin like a JPEG, as many as asked for, with every value among them.
-Bytes jpegLike(size_t size);
 
 // ---- judges: the first line of what each says ----
 
@@ -69,13 +66,13 @@ std::string metaflac(const std::string& path, const std::string& option);
 Bytes playedFrom(zu::md::common::strell::Strell& strell, size_t most = SIZE_MAX,
                  std::vector<zu::md::common::strell::IcyData>* icy = nullptr);
 
-/// The samples that ffmpeg decodes; it must not complain.
+/// The samples that ffmpeg decodes; neither it nor, for FLAC, `flac` must complain.
 std::string decodedSamples(const std::string& path);
 
 /// The samples that mpg123 decodes, without any correction of encoder delays; empty when it complains.
 std::string decodedMp3(const Bytes& mp3);
 
-/// What a player gets decodes to the samples of the whole file.
+/// What a player gets decodes without complaint to the samples of the whole file.
 void expectSoundPlaying(zu::md::common::strell::Strell& strell, const std::string& path);
 
 }  // namespace quorin_test

@@ -25,7 +25,8 @@ http {
   log_format requests '$connection $status $body_bytes_sent "$http_range" "$request" $server_port';
   access_log access.log requests;
   client_body_temp_path tmp/b; proxy_temp_path tmp/p; fastcgi_temp_path tmp/f; uwsgi_temp_path tmp/u; scgi_temp_path tmp/s;
-  types { audio/mpeg mp3; audio/aac aac; audio/flac flac; audio/wav wav; audio/mp4 m4a; audio/x-mpegurl m3u; }
+  types { audio/mpeg mp3; audio/aac aac; audio/flac flac; audio/wav wav; audio/mp4 m4a; audio/x-mpegurl m3u;
+          "audio/L16;rate=44100;channels=2" l16; }
   default_type application/octet-stream;
   root www;
   keepalive_timeout 30s;
