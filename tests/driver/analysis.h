@@ -2,8 +2,11 @@
 
 #include <boost/shared_ptr.hpp>
 #include <string>
+#include <vector>
 
 #include "quorin/analyzer.h"
+#include "quorin/audio_info.h"
+#include "support/bytes.h"
 #include "support/describe.h"
 #include "support/log_capture.h"
 
@@ -30,6 +33,17 @@ struct Analysis {
   long long number(const std::string& name) const { return std::stoll(value(name)); }
 
   bool logged(const std::string& lines) const { return log.find(lines + "\n") != std::string::npos; }
+
+  /// The pictures that the answer tells of, cut out of `file`, which was analysed.
+  std::vector<Bytes> picturesIn(const Bytes& file) const {
+    std::vector<Bytes> pictures;
+    if (const auto* audio = dynamic_cast<const zu::md::common::quorin::AudioInfo*>(result->info.get())) {
+      for (auto found = audio->embeddedPicturesBegin(); found != audio->embeddedPicturesEnd(); ++found) {
+        pictures.push_back(slice(file, found->offset, static_cast<size_t>(found->length)));
+      }
+    }
+    return pictures;
+  }
 
   int status = 0;
   boost::shared_ptr<zu::md::common::quorin::AnalyzeResult> result;

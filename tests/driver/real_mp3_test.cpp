@@ -8,7 +8,6 @@
 
 #include "analysis.h"
 #include "framework/status.h"
-#include "quorin/audio_info.h"
 #include "support/encoded_mp3.h"
 #include "support/id3_bytes.h"
 #include "support/run_command.h"
@@ -48,7 +47,7 @@ std::string linesOfTheAnalyzer(const Analysis& analysis) {
 }
 
 /// What holds for every file: source in memory and on disk answer alike, the audio begins where ffprobe sees the first
-/// packet, and decoding from there gives the very samples of the whole file.
+/// packet, a player gets the bytes from there on, and decoding them gives the very samples of the whole file.
 Analysis expectSoundAnswer(const EncodedMp3& file) {
   const MemoryAnalysis memory(file.bytes());
   const Analysis onDisk(file.path());
@@ -59,6 +58,7 @@ Analysis expectSoundAnswer(const EncodedMp3& file) {
   EXPECT_EQ(onDisk.value("media_type"), "0");
   EXPECT_EQ(onDisk.value("can"), "seek speed pause");
   EXPECT_EQ(onDisk.number("data_start"), file.audioStart());
+  EXPECT_TRUE(playedFrom(*onDisk.result->strell) == slice(file.bytes(), file.audioStart(), file.bytes().size()));
   const std::string samples = decodedMp3(cut(file.bytes(), onDisk.number("data_start"), onDisk.number("data_end")));
   EXPECT_FALSE(samples.empty());
   EXPECT_TRUE(samples == decodedMp3(file.bytes()));
@@ -67,6 +67,7 @@ Analysis expectSoundAnswer(const EncodedMp3& file) {
 
 /// The information header counts whole frames, so the length is exact up to the truncation to seconds.
 void expectExactDuration(const EncodedMp3& file, const Analysis& analysis) {
+  EXPECT_EQ(analysis.number("duration"), std::stoi(mediainfo(file.path(), "Duration")) / 1000);
   EXPECT_EQ(analysis.value("duration"), std::to_string(static_cast<long long>(file.duration())) + " 0");
 }
 
@@ -79,10 +80,11 @@ TEST(RealMp3, ConstantBitratesOfMpeg1) {
     expectExactDuration(file, analysis);
     EXPECT_EQ(analysis.value("bitrate"), bitrate + "000");
     EXPECT_EQ(file.bitrate(), analysis.number("bitrate"));
+    EXPECT_EQ(mediainfo(file.path(), "BitRate"), analysis.value("bitrate"));
   }
 }
 
-TEST(RealMp3, BitratesBeyondTheByteOfTheLameExtensionReadAs255) {
+TEST(RealMp3, BitratesBeyondTheByteOfTheLameExtensionReadAs255UnlikeByFfprobe) {
   for (const std::string bitrate : {"256", "320"}) {
     const EncodedMp3 file = EncodedMp3::byLame({"-b", bitrate});
     EXPECT_EQ(expectSoundAnswer(file).value("bitrate"), "255000");
@@ -131,7 +133,7 @@ TEST(RealMp3, DualChannelPlaysItsInformationFrame) {
   EXPECT_NEAR(static_cast<double>(analysis.number("duration")), file.duration(), 1);
 }
 
-TEST(RealMp3, VariableBitrateCountsWholeSeconds) {
+TEST(RealMp3, VariableBitrateCountsWholeSecondsUnlikeThatOfFfprobe) {
   for (const std::string quality : {"0", "4", "9"}) {
     const EncodedMp3 file = EncodedMp3::byLame({"-V", quality});
     const Analysis analysis = expectSoundAnswer(file);
@@ -142,11 +144,12 @@ TEST(RealMp3, VariableBitrateCountsWholeSeconds) {
   }
 }
 
-TEST(RealMp3, AverageBitrateIsTheOneAskedFor) {
+TEST(RealMp3, AverageBitrateIsTheOneAskedForUnlikeThatOfFfprobe) {
   const EncodedMp3 file = EncodedMp3::byLame({"--abr", "150"});
   const Analysis analysis = expectSoundAnswer(file);
   expectExactDuration(file, analysis);
   EXPECT_EQ(analysis.value("bitrate"), "150000");
+  EXPECT_NE(file.bitrate(), 150000) << "what came out of it";
 }
 
 TEST(RealMp3, ConstantBitrateWithoutInformationHeader) {
@@ -219,69 +222,60 @@ Bytes jpegLike(size_t size) {
   return overlay(picture, 0, {0xff, 0xd8, 0xff, 0xe0});
 }
 
-/// The one picture of `analysis`, cut out of the file.
-Bytes pictureOf(const EncodedMp3& file, const Analysis& analysis) {
-  const auto audio = boost::dynamic_pointer_cast<AudioInfo>(analysis.result->info);
-  if (!audio || std::distance(audio->embeddedPicturesBegin(), audio->embeddedPicturesEnd()) != 1) {
-    ADD_FAILURE() << "not one picture: " << analysis.answer;
-    return Bytes();
-  }
-  const EmbeddedPicture& picture = *audio->embeddedPicturesBegin();
-  return cut(file.bytes(), picture.offset, picture.offset + picture.length - 1);
-}
-
 TEST(RealMp3, CoversAreTheVeryBytesThatWereEmbedded) {
   for (const size_t size : {20480U, 1572864U}) {
     const Bytes cover = jpegLike(size);
     const std::string path = encodedFolder().write(std::to_string(size) + ".jpg", cover);
     const EncodedMp3 file = EncodedMp3::byLame({"-b", "128", "--tt", "Opening", "--ti", path});
     const Analysis analysis = expectSoundAnswer(file);
-    EXPECT_TRUE(pictureOf(file, analysis) == cover) << size;
+    EXPECT_TRUE(analysis.picturesIn(file.bytes()) == std::vector<Bytes>{cover}) << size;
   }
 }
 
-TEST(RealMp3, CoversInVersion4TagsAreTheVeryBytesThatWereEmbedded) {
-  // A picture of noise, so that it is large, and one that is small.
-  for (const std::string side : {"80", "900"}) {
-    const std::string cover = encodedFolder() / (side + ".png");
-    const std::string noisy =
-        "nullsrc=s=" + side + "x" + side + ",format=rgb24,geq=r='random(1)*255':g='random(2)*255':b='random(3)*255'";
-    ASSERT_TRUE(runCommand({"ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", noisy, "-frames:v", "1", cover}).ok());
-    const EncodedMp3 file = EncodedMp3::byFfmpeg({"-b:a", "128k", "-id3v2_version", "4"}, Sound(), cover);
-    const Analysis analysis = expectSoundAnswer(file);
-    EXPECT_TRUE(pictureOf(file, analysis) == readFile(cover)) << side;
+TEST(RealMp3, SeveralCoversInTagsOfBothVersions) {
+  const std::string little = noisyPng(105);  // about 20 KB, smaller than the cache
+  const std::string large = noisyPng(920);   // about 1.5 MB, larger
+  for (const std::string version : {"3", "4"}) {
+    for (const Options& covers : {Options{little}, Options{large}, Options{little, large, little}}) {
+      const EncodedMp3 file =
+          EncodedMp3::byFfmpeg({"-b:a", "128k", "-id3v2_version", version}, Sound{44100, 2, 2}, covers);
+      std::vector<Bytes> expected;
+      for (const std::string& cover : covers) {
+        expected.push_back(readFile(cover));
+      }
+      const Analysis analysis = expectSoundAnswer(file);
+      EXPECT_TRUE(analysis.picturesIn(file.bytes()) == expected) << version << ", " << covers.size();
+    }
   }
 }
 
 TEST(RealMp3, CoversInVersion2TagsBeforeRealAudio) {
   const EncodedMp3 audio = EncodedMp3::byLame({"-t", "-b", "128"});
-  for (const size_t size : {20480U, 1572864U}) {
-    const Bytes cover = jpegLike(size);
+  for (const std::vector<size_t>& sizes : {std::vector<size_t>{20480}, {1572864}, {20480, 1572864, 30000}}) {
+    Bytes frames;
+    std::vector<Bytes> covers;
+    for (const size_t size : sizes) {
+      covers.push_back(jpegLike(size));
+      frames = concat({frames, id3v2Picture(2, covers.back())});
+    }
     Id3v2Tag tag;
     tag.major = 2;
-    const Bytes bytes = concat({tag.around(id3v2Picture(2, cover)), audio.bytes()});
+    const Bytes bytes = concat({tag.around(frames), audio.bytes()});
     const MemoryAnalysis memory(bytes);
     EXPECT_EQ(memory.analysis.number("data_start"), static_cast<long long>(bytes.size() - audio.bytes().size()));
-    const auto found = boost::dynamic_pointer_cast<AudioInfo>(memory.analysis.result->info);
-    ASSERT_TRUE(found);
-    const EmbeddedPicture& picture = *found->embeddedPicturesBegin();
-    EXPECT_TRUE(cut(bytes, picture.offset, picture.offset + picture.length - 1) == cover);
+    EXPECT_TRUE(memory.analysis.picturesIn(bytes) == covers);
+    EXPECT_TRUE(playedFrom(*memory.analysis.result->strell) == audio.bytes());
   }
 }
 
 // ---- playing ----
 
 TEST(RealMp3, WhatTheSourceDeliversAfterTheAnalysisDecodes) {
-  const Bytes cover = jpegLike(1572864);
-  const std::string path = encodedFolder().write("play.jpg", cover);
-  const EncodedMp3 file = EncodedMp3::byLame({"-b", "128", "--ti", path});
-  const Analysis analysis(file.path());
-  Bytes played(file.bytes().size());
-  unsigned got = 0;
-  std::vector<strell::IcyData> icy;
-  ASSERT_EQ(analysis.result->strell->readData(played.data(), static_cast<unsigned>(played.size()), got, icy), 0);
-  EXPECT_EQ(got, file.bytes().size() - static_cast<size_t>(analysis.number("data_start")));
-  EXPECT_TRUE(decodedMp3(head(played, got)) == decodedMp3(file.bytes()));
+  const std::string cover = writtenFile(".jpg", jpegLike(1572864));
+  for (const Options& options : {Options{"-b", "128", "--ti", cover}, Options{"-V", "4"}, Options{"-t", "-b", "64"}}) {
+    const EncodedMp3 file = EncodedMp3::byLame(options);
+    expectSoundPlaying(*Analysis(file.path()).result->strell, file.path());
+  }
 }
 
 // ---- what it costs ----

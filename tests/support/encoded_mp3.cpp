@@ -36,16 +36,18 @@ EncodedMp3 EncodedMp3::byLame(const Options& options, const Sound& sound) {
   return EncodedMp3(path, readFile(path));
 }
 
-EncodedMp3 EncodedMp3::byFfmpeg(const Options& options, const Sound& sound, const std::string& cover) {
+EncodedMp3 EncodedMp3::byFfmpeg(const Options& options, const Sound& sound, const Options& covers) {
   const std::string path = freshPath(".mp3");
-  Options input = {"-f",  "s16le",
-                   "-ar", std::to_string(sound.rate),
-                   "-ac", std::to_string(sound.channels),
-                   "-i",  writtenFile(".pcm", samplesOf(sound))};
-  if (!cover.empty()) {
-    input = input + Options{"-i", cover, "-map", "0", "-map", "1", "-c:v", "copy", "-disposition:v", "attached_pic"};
+  Options inputs = {"-f",  "s16le",
+                    "-ar", std::to_string(sound.rate),
+                    "-ac", std::to_string(sound.channels),
+                    "-i",  writtenFile(".pcm", samplesOf(sound))};
+  Options streams = {"-map", "0"};
+  for (size_t i = 0; i < covers.size(); ++i) {
+    inputs = inputs + Options{"-i", covers[i]};
+    streams = streams + Options{"-map", std::to_string(i + 1), "-c:v", "copy", "-disposition:v", "attached_pic"};
   }
-  outputOf(Options{"ffmpeg", "-v", "error", "-y"} + input + options + Options{path});
+  outputOf(Options{"ffmpeg", "-v", "error", "-y"} + inputs + streams + options + Options{path});
   return EncodedMp3(path, readFile(path));
 }
 

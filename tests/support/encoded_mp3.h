@@ -20,9 +20,8 @@ class EncodedMp3 {
   /// By `lame`, with these options.
   static EncodedMp3 byLame(const Options& options, const Sound& sound = Sound());
 
-  /// By `ffmpeg`, with these output options. `cover` is the path of a picture to be attached, or empty.
-  static EncodedMp3 byFfmpeg(const Options& options, const Sound& sound = Sound(),
-                             const std::string& cover = std::string());
+  /// By `ffmpeg`, with these output options and the pictures with these paths.
+  static EncodedMp3 byFfmpeg(const Options& options, const Sound& sound = Sound(), const Options& covers = {});
 
   const std::string& path() const { return path_; }
   const Bytes& bytes() const { return bytes_; }
