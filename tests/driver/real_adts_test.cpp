@@ -26,7 +26,7 @@ void expectAdts(const AdtsAnalysis& analysis, const std::string& path) {
   EXPECT_EQ(analysis.value("frame_size"), probed(path, "packet=size"));
   EXPECT_EQ(analysis.value("data_start"), probed(path, "packet=pos"));
   EXPECT_EQ(analysis.value("data_end"), std::to_string(readFile(path).size() - 1));
-  expectSoundPlaying(*analysis.strell, path);
+  expectSoundPlaying(analysis.strell, path);
 }
 
 std::string adts(const std::string& input, const Options& options = {"-b:a", "64k"}) {
@@ -75,7 +75,7 @@ TEST(RealAdts, JunkBeforeTheFirstFrameIsSkipped) {
   const std::string path = adts(wave());
   const AdtsAnalysis analysis(concat({filler(1000), readFile(path)}));
   EXPECT_EQ(analysis.value("data_start"), "1000");
-  expectSoundPlaying(*analysis.strell, path);
+  expectSoundPlaying(analysis.strell, path);
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ Analysis expectSoundAnswer(const EncodedMp3& file) {
   EXPECT_EQ(onDisk.value("media_type"), "0");
   EXPECT_EQ(onDisk.value("can"), "seek speed pause");
   EXPECT_EQ(onDisk.number("data_start"), file.audioStart());
-  EXPECT_TRUE(playedFrom(*onDisk.result->strell) == slice(file.bytes(), file.audioStart(), file.bytes().size()));
+  EXPECT_TRUE(playedFrom(onDisk.result->strell) == slice(file.bytes(), file.audioStart(), file.bytes().size()));
   const std::string samples = decodedMp3(cut(file.bytes(), onDisk.number("data_start"), onDisk.number("data_end")));
   EXPECT_FALSE(samples.empty());
   EXPECT_TRUE(samples == decodedMp3(file.bytes()));
@@ -264,7 +264,7 @@ TEST(RealMp3, CoversInVersion2TagsBeforeRealAudio) {
     const MemoryAnalysis memory(bytes);
     EXPECT_EQ(memory.analysis.number("data_start"), static_cast<long long>(bytes.size() - audio.bytes().size()));
     EXPECT_TRUE(memory.analysis.picturesIn(bytes) == covers);
-    EXPECT_TRUE(playedFrom(*memory.analysis.result->strell) == audio.bytes());
+    EXPECT_TRUE(playedFrom(memory.analysis.result->strell) == audio.bytes());
   }
 }
 
@@ -274,7 +274,7 @@ TEST(RealMp3, WhatTheSourceDeliversAfterTheAnalysisDecodes) {
   const std::string cover = writtenFile(".jpg", jpegLike(1572864));
   for (const Options& options : {Options{"-b", "128", "--ti", cover}, Options{"-V", "4"}, Options{"-t", "-b", "64"}}) {
     const EncodedMp3 file = EncodedMp3::byLame(options);
-    expectSoundPlaying(*Analysis(file.path()).result->strell, file.path());
+    expectSoundPlaying(Analysis(file.path()).result->strell, file.path());
   }
 }
 

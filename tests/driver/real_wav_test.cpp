@@ -19,7 +19,7 @@ void expectPcm(const Analysis& analysis, const std::string& path) {
                                  "000\nduration 3 0\ndata_start 0\ntime_calc_start 0\ndata_end " +
                                  std::to_string(readFile(path).size() - 1) + "\nmedia_type 3\ncan seek speed pause\n");
   EXPECT_EQ(mediainfo(path, "Duration"), "3000");
-  expectSoundPlaying(*analysis.result->strell, path);
+  expectSoundPlaying(analysis.result->strell, path);
 }
 
 TEST(RealWav, PlainPcmOfEveryWidthRateAndNumberOfChannels) {

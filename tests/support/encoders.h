@@ -1,5 +1,6 @@
 #pragma once
 
+#include <boost/shared_ptr.hpp>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -32,7 +33,7 @@ std::string writtenFile(const std::string& ending, const Bytes& bytes);
 
 Bytes readFile(const std::string& path);
 
-// ---- encoders: each writes a file and returns its path ----
+// ---- encoders: each writes a file, the same at every run, and returns its path ----
 
 /// By `sox`: sound as its `synth` makes it, three seconds when not told otherwise; 16 bits per sample.
 std::string wave(unsigned rate = 44100, unsigned channels = 2, const Options& sound = {"3", "sine", "300-3000"});
@@ -61,9 +62,12 @@ std::string metaflac(const std::string& path, const std::string& option);
 
 // ---- playing ----
 
-/// Everything that a player gets from where `strell` stands, at most `most` bytes.
+/// An opened item, as an analysis leaves it.
+using OpenItem = boost::shared_ptr<zu::md::common::strell::Strell>;
+
+/// Everything that a player gets from where `item` stands, at most `most` bytes. That nothing is open fails the test.
 /// @param icy receives the metadata met on the way; may be null
-Bytes playedFrom(zu::md::common::strell::Strell& strell, size_t most = SIZE_MAX,
+Bytes playedFrom(const OpenItem& item, size_t most = SIZE_MAX,
                  std::vector<zu::md::common::strell::IcyData>* icy = nullptr);
 
 /// The samples that ffmpeg decodes; neither it nor, for FLAC, `flac` must complain.
@@ -73,6 +77,6 @@ std::string decodedSamples(const std::string& path);
 std::string decodedMp3(const Bytes& mp3);
 
 /// What a player gets decodes without complaint to the samples of the whole file.
-void expectSoundPlaying(zu::md::common::strell::Strell& strell, const std::string& path);
+void expectSoundPlaying(const OpenItem& item, const std::string& path);
 
 }  // namespace quorin_test

@@ -24,7 +24,6 @@ class Rygel {
   TemporaryFolder folder_;
   uint16_t port_;
   std::string pcmPath_;
-  std::unique_ptr<ChildProcess> bus_;  ///< Rygel does not start without one
   std::unique_ptr<ChildProcess> process_;
 };
 
