@@ -65,7 +65,7 @@ bool isFolder(const std::string& uri) {
     constexpr std::string_view prefix = "file:";
     return isLocalFolder(uri.substr(prefix.size()));
   }
-  return uri.front() == '/' && isLocalFolder(uri);
+  return startsWithIgnoringCase(uri, "/") && isLocalFolder(uri);
 }
 
 }  // namespace

@@ -184,7 +184,7 @@ TEST_F(Folder, AnAbsolutePathOfADirectoryIsOne) {
 
 TEST_F(Folder, NothingElseIsLookedAt) {
   const LogCapture log;
-  for (const char* uri : {"http://host/", "rtsp://host/tmp", ".", "tmp", "fil", "vdr2:/", "x-file:/tmp"}) {
+  for (const char* uri : {"", "http://host/", "rtsp://host/tmp", ".", "tmp", "fil", "vdr2:/", "x-file:/tmp"}) {
     EXPECT_FALSE(isFolder(uri)) << uri;
   }
   EXPECT_EQ(media.calls, Calls());
