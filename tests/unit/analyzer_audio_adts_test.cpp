@@ -376,6 +376,12 @@ TEST(AnalyzerAudioAdts, TheLargestIcyBrFits) {
   EXPECT_EQ(analysis.value("bitrate"), "-1000") << "bit/s in 32 bits";
 }
 
+TEST(AnalyzerAudioAdts, TheSmallestIcyBrFits) {
+  const Analysis analysis(scriptOf(adtsFrames(someFrames)), {"icy-br: -2147483648"});
+  EXPECT_TRUE(analysis.logged("4000 analyzer_audio_adts:#:determineBitrate(): found icy-br = -2147483648."));
+  EXPECT_EQ(analysis.value("bitrate"), "0") << "bit/s in 32 bits";
+}
+
 TEST(AnalyzerAudioAdts, AnOverflowLeavesTheBitrateOfTheLineBefore) {
   EXPECT_EQ(bitrateBy({"icy-br: 128", "icy-br: 2147483648"}), "128000");
   EXPECT_EQ(bitrateBy({"icy-br: 2147483648", "icy-br: 64"}), "64000");

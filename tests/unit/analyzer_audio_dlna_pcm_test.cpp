@@ -200,6 +200,17 @@ TEST(AnalyzerAudioDlnaPcm, ChannelsThatAreNoNumberAreLoggedAtTheMostSevereLevel)
   EXPECT_EQ(analysis.value("bitrate"), "1411000");
 }
 
+TEST(AnalyzerAudioDlnaPcm, ChannelsAreConvertedLikeTheRate) {
+  for (const char* channels : {"", " 1", "1 ", "1ch", "2147483648", "-2147483649"}) {
+    const std::string token = std::string("channels=") + channels;
+    const Analysis analysis = analysisOf("audio/L16;rate=44100;channels=1;" + token);
+    EXPECT_TRUE(analysis.logged("1000 AnalyzerAudioDlnaPcm::analyze() can't analyse channels=" + token)) << token;
+    EXPECT_EQ(analysis.value("channels"), "1") << token;
+  }
+  EXPECT_EQ(analysisOf("audio/L16;rate=44100;channels=-1").value("channels"), "-1");
+  EXPECT_EQ(analysisOf("audio/L16;rate=44100;channels=2147483647").value("channels"), "2147483647");
+}
+
 TEST(AnalyzerAudioDlnaPcm, ChannelsOf0GiveADurationOf0) {
   const Analysis analysis = analysisOf("audio/L16;rate=44100;channels=0");
   EXPECT_EQ(analysis.value("channels"), "0");
