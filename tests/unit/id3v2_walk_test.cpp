@@ -34,6 +34,11 @@ const char* const noMimeEnd = "3000 AnalyzerAudioMp3::checkID3v2(): missing term
 const char* const noDescriptionEnd =
     "3000 AnalyzerAudioMp3::checkID3v2(): missing terminating 0 for picture description";
 
+std::string analyzing(int frame, int offset) {
+  return "5000 AnalyzerAudioMp3::checkID3v2(): now analyzing frame " + std::to_string(frame) + ", offset " +
+         std::to_string(offset) + "\n";
+}
+
 using Picture = std::pair<int64_t, int32_t>;
 
 /// One walk, as AnalyzerAudioMp3 does it.
@@ -161,7 +166,7 @@ TEST(Id3v2Walk, AFrameBeyondTheTagEndsTheWalkWell) {
       Id3v2Tag().around(concat({id3v2Picture(3, noise(10)), id3v2Frame(3, "TIT2", filler(4, 'x'), bigEndian(5, 4))}));
   const Walk walk(stream(tag));
   EXPECT_TRUE(walk.walked);
-  EXPECT_TRUE(walk.logged(exceeds));
+  EXPECT_TRUE(walk.logged(analyzing(1, 49) + exceeds));
   EXPECT_EQ(walk.pictures.size(), 1U);
   EXPECT_EQ(walk.cacheOffset, tag.size());
 }
@@ -286,7 +291,7 @@ TEST(Id3v2Walk, FooterIsKnownByIdentifiersOfThreeCharactersAlone) {
   tag.flags = 0x10;
   tag.major = 2;
   const Walk three(stream(tag.around(title(2))));
-  EXPECT_TRUE(three.logged(footer));
+  EXPECT_TRUE(three.logged(analyzing(1, 20) + footer));
   EXPECT_FALSE(three.logged(exceeds));
   tag.major = 4;
   const Walk four(stream(tag.around(title(4))));
@@ -333,7 +338,7 @@ TEST(Id3v2Walk, AMimeTypeWithoutEndIsTakenAs200BytesLong) {
   const Bytes body = concat({{0}, filler(200, 'm'), {'x', 3}, text("cover"), {0}, noise(40)});
   const Walk walk(stream(Id3v2Tag().around(id3v2Frame(3, "APIC", body))));
   EXPECT_TRUE(walk.walked);
-  EXPECT_TRUE(walk.logged(noMimeEnd));
+  EXPECT_TRUE(walk.logged(analyzing(0, 10) + noMimeEnd));
   EXPECT_FALSE(walk.logged(noDescriptionEnd));
   EXPECT_EQ(walk.pictures, (std::vector<Picture>{{20 + 1 + 201 + 1 + 6, 40}}));
 }
@@ -348,8 +353,22 @@ TEST(Id3v2Walk, AMimeTypeThatEndsAtByte200IsWhole) {
 TEST(Id3v2Walk, ADescriptionWithoutEndIsTakenAs8000BytesLong) {
   const Bytes body = concat({{0, 'm', 0, 3}, filler(8000, 'd'), noise(40)});
   const Walk walk(stream(Id3v2Tag().around(id3v2Frame(3, "APIC", body))));
-  EXPECT_TRUE(walk.logged(noDescriptionEnd));
+  EXPECT_TRUE(walk.logged(analyzing(0, 10) + noDescriptionEnd));
   EXPECT_EQ(walk.pictures, (std::vector<Picture>{{20 + 4 + 8001, 39}}));
+}
+
+TEST(Id3v2Walk, ADescriptionThatEndsAtByte8000IsWhole) {
+  const Bytes body = concat({{0, 'm', 0, 3}, filler(7999, 'd'), {0}, noise(40)});
+  const Walk walk(stream(Id3v2Tag().around(id3v2Frame(3, "APIC", body))));
+  EXPECT_FALSE(walk.logged(noDescriptionEnd));
+  EXPECT_EQ(walk.pictures, (std::vector<Picture>{{20 + 4 + 8000, 40}}));
+}
+
+TEST(Id3v2Walk, BothStringsWithoutEndAreLoggedInTheirOrder) {
+  const Bytes body = concat({{0}, filler(200, 'm'), {'x', 3}, filler(8000, 'd'), noise(40)});
+  const Walk walk(stream(Id3v2Tag().around(id3v2Frame(3, "APIC", body))));
+  EXPECT_TRUE(walk.logged(analyzing(0, 10) + noMimeEnd + "\n" + noDescriptionEnd));
+  EXPECT_EQ(walk.pictures, (std::vector<Picture>{{20 + 1 + 201 + 1 + 8001, 39}}));
 }
 
 TEST(Id3v2Walk, AUtf16DescriptionEndsAtItsFirstZeroByte) {
