@@ -250,6 +250,23 @@ TEST(AnalyzerAudioMp3Headers, VbriLies36BytesBehindTheFrameStartInEveryChannelMo
             "130 0");
 }
 
+TEST(AnalyzerAudioMp3Headers, TheDurationOfAHeaderThatBreaksOffBehindItStays) {
+  // Frames of 24 bytes: the low byte of the frame count is the first of the second header, and the stream ends within
+  // the byte count.
+  const MpegHeader header = {Mpeg2, LayerIII, 1, 1, false, SingleChannel};
+  const Bytes xing = concat({text("Xing"), bigEndian(3, 4), bigEndian(0x0fff, 4)});
+  const Bytes stream = head(overlay(mpegFrames(2, header), 13, xing), 28);
+  ASSERT_EQ(stream[24], 0xff);
+  const Mp3Analysis analysis(stream);
+  EXPECT_EQ(analysis.status, 0);
+  EXPECT_TRUE(
+      analysis.logged("3000 AnalyzerAudioMp3::checkXingHeader():# error reading cached data ret=-1003 "
+                      "buffer=(nil)!\n5000 AnalyzerAudioMp3::checkVbriHeader()"));
+  EXPECT_EQ(analysis.value("duration"), "98 0");  // 4095 * 576 / 24000
+  EXPECT_EQ(analysis.value("bitrate"), "8000");   // the frame's own
+  EXPECT_EQ(analysis.value("data_start"), "0");   // and the frame counts as audio
+}
+
 TEST(AnalyzerAudioMp3Headers, AXingHeaderCutShortIsNone) {
   // Each stream ends inside the header; the frame is then looked at as an ordinary one.
   const Bytes whole = infoFrame(concat({XingHeader{"Xing", 0xf, 5000, 2000000}.bytes(), lameExtension(1, 192)}));
