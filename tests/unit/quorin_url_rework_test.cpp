@@ -6,7 +6,10 @@
 #include <atomic>
 #include <boost/make_shared.hpp>
 #include <boost/weak_ptr.hpp>
+#include <chrono>
+#include <deque>
 #include <functional>
+#include <random>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -268,6 +271,56 @@ TEST(QuorinUrlRework, OutputMayBeTheInput) {
   std::string url = "svc:1";
   EXPECT_EQ(QuorinUrlRework::getInstance().reworkUrl(url, url), 1);
   EXPECT_EQ(url, "http://host/");
+}
+
+TEST(QuorinUrlRework, AllAreAskedInTheOrderOfTheirAddresses) {
+  std::vector<const void*> asked;
+  std::vector<boost::shared_ptr<ScriptedTranslator>> translators;
+  for (int i = 0; i < 10; ++i) {
+    translators.push_back(makeTranslator(Translation()));
+    const void* const address = translators.back().get();
+    translators.back()->translation = [&asked, address](const std::string&, std::string&) {
+      asked.push_back(address);
+      return 0;
+    };
+  }
+  std::shuffle(translators.begin(), translators.end(), std::mt19937(5));
+  {
+    std::deque<Registered> registered;
+    for (const auto& translator : translators) {
+      registered.emplace_back(translator);
+    }
+    EXPECT_EQ(rework("svc:1"), "0 before");
+  }
+  EXPECT_EQ(asked.size(), translators.size());
+  EXPECT_TRUE(std::is_sorted(asked.begin(), asked.end(), std::less<const void*>()));
+}
+
+TEST(QuorinUrlRework, EveryOperationWaitsForATranslatorAtWork) {
+  QuorinUrlRework& registry = QuorinUrlRework::getInstance();
+  const auto other = makeTranslator(answering(0, ""));
+  const std::function<void()> operations[] = {[&] { EXPECT_EQ(registry.add(other), 0); },
+                                              [&] { EXPECT_EQ(registry.remove(other), 0); }, [&] { rework("svc:2"); }};
+  for (const auto& operation : operations) {
+    std::thread waiting;
+    std::atomic<bool> done{false};
+    {
+      const Registered atWork(makeTranslator([&](const std::string& url, std::string&) {
+        if (url == "svc:1") {
+          waiting = std::thread([&] {
+            operation();
+            done = true;
+          });
+          std::this_thread::sleep_for(std::chrono::milliseconds(20));
+          EXPECT_FALSE(done);
+        }
+        return 0;
+      }));
+      EXPECT_EQ(rework("svc:1"), "0 before");
+      waiting.join();
+    }
+    EXPECT_TRUE(done);
+  }
 }
 
 TEST(QuorinUrlRework, ServesManyThreadsOneAtATime) {
