@@ -299,6 +299,48 @@ TEST(PlaylistParsers, AnyTextGivesAPartOfItOrLeavesTheUrlAlone) {
   EXPECT_THAT(found, testing::Each(testing::Gt(10)));
 }
 
+/// `content` with a few bytes changed, put in, taken out or repeated.
+std::string mutated(std::string content, std::mt19937& random) {
+  for (auto n = 1 + random() % 4; n != 0; --n) {
+    const size_t place = random() % (content.size() + 1);
+    const size_t count = random() % 9;
+    switch (random() % 4) {
+      case 0:
+        content.replace(place, 1, 1, static_cast<char>(random()));
+        break;
+      case 1:
+        content.insert(place, 1, "\r\n\"<>= \0"[random() % 8]);
+        break;
+      case 2:
+        content.erase(place, count);
+        break;
+      default:
+        content.insert(random() % (content.size() + 1), content.substr(place, count));
+    }
+  }
+  return content;
+}
+
+TEST(PlaylistParsers, ADamagedPlaylistGivesAPartOfItOrNothing) {
+  static const std::string playlists[] = {"#EXTM3U\r\n#EXTINF:123,Title\r\nhttp://host/a.mp3\r\nhttp://host/b.mp3\r\n",
+                                          "#EXTM3U\n#EXTINF:123,Title\nhttp://host/a.mp3\n",
+                                          "<ASX version=\"3.0\"><Entry><Ref href=\"mms://h/s\"/></Entry></ASX>",
+                                          "<asx><entryref href=\"http://h/list.asx\"/></asx>",
+                                          "[Reference]\r\nRef1=http://h/s?MSWMExt=.asf\r\nRef2=x\r\n",
+                                          "<contents><ContentURL>http://h/s</ContentURL></contents>",
+                                          "rtsp://h/s"};
+  std::mt19937 random(815);
+  for (int round = 0; round < 20000; ++round) {
+    const std::string content = mutated(playlists[round % std::size(playlists)], random);
+    const std::string seen = content.c_str();
+    for (const std::string& target : {m3u(content), xml(content), simple(content)}) {
+      EXPECT_TRUE(target == "no" || seen.find(target) != std::string::npos) << target << " of " << seen;
+    }
+    const std::string target = asx(content);
+    EXPECT_TRUE(target == "no" || seen.find(target.substr(target.find(' ') + 1)) != std::string::npos) << target;
+  }
+}
+
 TEST(PlaylistParsers, ALongListOfDirectivesEndsSoon) {
   std::string content;
   while (content.size() < 100000) {
