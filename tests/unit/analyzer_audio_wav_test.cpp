@@ -276,6 +276,7 @@ TEST(AnalyzerAudioWav, AByteRateOf0GivesADurationOf0) {
 TEST(AnalyzerAudioWav, ARateThatWrapsTo0GivesADurationOf0) {
   const Analysis analysis(wavFile(someSize, withByteRate(0x20000000)));
   EXPECT_EQ(analysis.status, STATUS_OK);
+  EXPECT_EQ(analysis.value("bitrate"), "0");
   EXPECT_EQ(analysis.value("duration"), "0 0");
 }
 
