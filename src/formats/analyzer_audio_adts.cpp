@@ -232,6 +232,7 @@ int AnalyzerAudioAdts::adts_raw_data_block_error_check() {
   if (header_.protection_absent != 0) {
     return 1;
   }
+  // kept: read where the element before ended, since the blocks themselves are not stepped over
   return readCached(*strell_, 2, at(__func__, __LINE__)) != nullptr ? 1 : 0;
 }
 

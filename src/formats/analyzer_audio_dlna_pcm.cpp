@@ -78,6 +78,7 @@ void readRate(const std::string& token, Parameters& parameters, AnalyzerResult& 
 
 void readChannels(const std::string& token, Parameters& parameters, AnalyzerResult& result) {
   if (!convert(token.substr(channelsKey.size()), parameters.channels)) {
+    // kept: the line repeats the key, and its level is the platform's most severe; field tools look for both
     QUORIN_LOG(Severe, "AnalyzerAudioDlnaPcm::%s() can't analyse channels=%s\n", name, token.c_str());
     return;
   }

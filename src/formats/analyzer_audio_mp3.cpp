@@ -157,6 +157,7 @@ bool AnalyzerAudioMp3::findID3v1Tag() {
     QUORIN_LOG(Error, "AnalyzerAudioMp3::%s(): cannot determine file size\n", name);
     return false;
   }
+  // kept: a file of exactly that size is looked at here, though nowhere else is it a real file
   if (size < Info::MaximumHttpHeaderSize) {
     QUORIN_LOG(Error, "AnalyzerAudioMp3::%s(): file to small for id3v1 tag\n", name);
     return false;
@@ -370,6 +371,8 @@ int AnalyzerAudioMp3::checkXingHeader(unsigned samplesPerFrame) {
     storeDuration();
   }
   if (foundBitrate) {
+    // kept: by now the LAME extension may have put its own bitrate in place of the computed one, and that is what
+    // players show
     storeBitrate();
   }
   return static_cast<int>(xingSize) + lame;
@@ -383,6 +386,7 @@ bool AnalyzerAudioMp3::readXingCounts(unsigned samplesPerFrame, uint32_t flags, 
     return false;
   }
   const uint32_t frames = bigEndian32(frameBytes);
+  // Stays when the header breaks off behind it: the frame then counts as audio, and its duration is known all the same.
   foundDuration = computeDuration(samplesPerFrame, frames);
   if (foundDuration) {
     QUORIN_LOG(Debug,

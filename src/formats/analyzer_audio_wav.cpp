@@ -184,7 +184,7 @@ bool AnalyzerAudioWav::checkPcm(const _waveHeader_t& header) {
     return true;
   }
   if (!result_->has(PROP_DURATION)) {
-    // The whole file counts, headers and trailing chunks included. Without a rate there is no telling.
+    // kept: the whole file counts, headers and trailing chunks included. Without a rate there is no telling.
     result_->duration = {bitsPerSecond == 0 ? 0 : wrappingProduct(size, 8) / bitsPerSecond, 0};
     result_->validProperties |= PROP_DURATION;
   }

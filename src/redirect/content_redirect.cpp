@@ -71,6 +71,7 @@ void replaceFirst(std::string& text, const std::string& what, const std::string&
 
 boost::shared_ptr<Info> redirectTo(Target target, const std::string& contentType) {
   if (target.isAsf) {
+    // kept: found anywhere in the target, and in lower case only; players are used to the targets that come of it
     replaceFirst(target.url, url_prefixes::http, url_prefixes::mmsh);
   }
   const std::string& mimeType = target.isAsf ? MimeTypes::ApplicationRedirectAsf : MimeTypes::ApplicationRedirect;

@@ -35,6 +35,7 @@ bool isMediaFolder(const std::string& uri) {
   const std::string path = rest.substr(slash + 1);
   const int mediaId = vdir2MediaIDGetByUUID(uuid.c_str());
   if (mediaId < 0) {
+    // kept: spelled so, logs from the field are searched for it
     QUORIN_LOG(Error, "Analyzer::Impl::%s() could not dertermine vdir2 media id for UUID(%s).\n", name, uuid.c_str());
     return false;
   }

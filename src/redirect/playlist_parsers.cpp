@@ -86,6 +86,7 @@ bool parseM3U(std::string const& content, std::string& url) {
     const bool isPair = startsWith(rest.substr(end), "\r\n");
     rest.remove_prefix(end + (isPair ? 2 : 1));
   }
+  // kept: in lower case only, other than in parseSIMPLE; a list that is refused here is left to the analyzers
   if (!namesKnownScheme(rest, startsWith)) {
     QUORIN_LOG(Info, "%s() Unknown protocol for redirect \"%s\"\n", __func__, rest.data());
     return false;

@@ -59,6 +59,7 @@ int QuorinUrlRework::remove(boost::shared_ptr<UrlTranslator> translator) {
 int QuorinUrlRework::reworkUrl(std::string const& url, std::string& reworked) {
   const std::lock_guard<std::mutex> lock(mutex_);
   LOG_REGISTRY(Info, "%s:%d:%s(): called\n", HERE);
+  // kept: in the order of the addresses and not of adding; components are written not to care who came first
   for (const auto& entry : translators_) {
     const boost::shared_ptr<UrlTranslator> translator = entry.second;
     std::string translated;
