@@ -126,6 +126,19 @@ TEST(AnalyzerAudioDlnaPcm, ADataThatBeginsWithRiffIsLeftToTheWavAnalyzer) {
   EXPECT_EQ(analysis.log.substr(analysis.log.size() - last.size()), last);
 }
 
+TEST(AnalyzerAudioDlnaPcm, TheRiffHeaderIsLookedForAtTheStartOfTheStream) {
+  const std::deque<std::string> header = {"Content-Type: audio/L16;rate=44100"};
+  const auto strell = Analysis::open(boost::make_shared<ScriptedHttpSource>(scriptOf(wavFile(20000)), header));
+  ASSERT_EQ(strell->setDataCacheOffset(10), 0);
+  EXPECT_EQ(Analysis(strell).status, STATUS_NOT_THIS_FORMAT);
+  EXPECT_EQ(Analysis(scriptOf(concat({filler(1), wavFile(20000)})), header).status, STATUS_OK);
+}
+
+TEST(AnalyzerAudioDlnaPcm, FourBytesMakeARiffHeader) {
+  EXPECT_EQ(Analysis(scriptOf(text("RIFF")), {"Content-Type: audio/L16;rate=44100"}).status, STATUS_NOT_THIS_FORMAT);
+  EXPECT_EQ(Analysis(scriptOf(text("RIFX")), {"Content-Type: audio/L16;rate=44100"}).status, STATUS_OK);
+}
+
 TEST(AnalyzerAudioDlnaPcm, DataThatCannotBeReadIsTakenAsPcm) {
   const Analysis analysis(scriptOf({'R', 'I', 'F'}), {"Content-Type: audio/L16;rate=44100"});
   EXPECT_EQ(analysis.status, STATUS_OK);
@@ -176,6 +189,13 @@ TEST(AnalyzerAudioDlnaPcm, TheLastOfTwoRatesWins) {
   EXPECT_EQ(analysisOf("audio/L16;rate=44100;rate=48000").value("sampling_frequency"), "48000");
   EXPECT_EQ(analysisOf("audio/L16;rate=44100;rate=x").value("sampling_frequency"), "44100");
   EXPECT_EQ(analysisOf("audio/L16;rate=44100;channels=1;channels=6").value("channels"), "6");
+}
+
+TEST(AnalyzerAudioDlnaPcm, ParametersComeInAnyOrder) {
+  const Analysis analysis = analysisOf("audio/L16;channels=1;rate=44100");
+  EXPECT_EQ(analysis.value("channels"), "1");
+  EXPECT_EQ(analysis.value("sampling_frequency"), "44100");
+  EXPECT_EQ(analysis.value("bitrate"), "705000");
 }
 
 TEST(AnalyzerAudioDlnaPcm, ARunOfSemicolonsIsOneSeparator) {
