@@ -190,6 +190,14 @@ TEST(AnalyzerAudioAdts, WithoutASecondSyncTheSearchGoesOnOneByteFurther) {
                               "5000 AnalyzerAudioAdts::scanAdts() found at cache offset: 100 (0x64)"));
 }
 
+TEST(AnalyzerAudioAdts, TheSecondSyncHasTwelveBitsToo) {
+  for (const Bytes& almost : {Bytes{0xff, 0xe1}, Bytes{0xfe, 0xf1}, Bytes{0x7f, 0xf1}}) {
+    const Analysis analysis(overlay(filler(20000), 0, concat({head(adtsFrame(), 16), almost})));
+    EXPECT_EQ(analysis.status, STATUS_NOT_THIS_FORMAT);
+    EXPECT_TRUE(analysis.logged(secondSyncMissing));
+  }
+}
+
 // The sync of the second frame cannot be read; syncs before that place are not looked for any more.
 TEST(AnalyzerAudioAdts, ASecondFrameBehindTheEndEndsTheSearch) {
   const Analysis analysis(concat({adtsFrame(ofLength(300, 50)), adtsFrames(10)}));
