@@ -250,6 +250,13 @@ TEST(AnalyzerAudioAdts, SamplingFrequencyIndexes13To15Fail) {
   }
 }
 
+TEST(AnalyzerAudioAdts, TheSearchGoesOnOneByteBehindABrokenHeader) {
+  const Analysis analysis(concat({{0xff, 0xf1, 13 << 2}, adtsFrames(someFrames)}));
+  EXPECT_EQ(analysis.status, STATUS_OK);
+  EXPECT_EQ(analysis.value("data_start"), "3");
+  EXPECT_TRUE(analysis.logged(fixedHeaderError));
+}
+
 TEST(AnalyzerAudioAdts, AFrameWithoutLengthFails) {
   const Analysis analysis(overlay(filler(20000), 0, head(adtsFrame(ofLength(0)), 7)));
   EXPECT_EQ(analysis.status, STATUS_NOT_THIS_FORMAT);
