@@ -159,6 +159,7 @@ TEST(AnalyzerAudioAdts, ASyncAtOffset8193IsFound) {
   EXPECT_EQ(analysis.status, STATUS_OK);
   EXPECT_EQ(analysis.value("data_start"), "8193");
   EXPECT_EQ(analysis.playPosition(), 8193);
+  EXPECT_EQ(analysis.strell->getDataCacheOffset(), 8193U) << "on the first frame";
 }
 
 TEST(AnalyzerAudioAdts, ASyncAtOffset8194IsNot) {

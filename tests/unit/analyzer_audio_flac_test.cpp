@@ -161,6 +161,7 @@ TEST(AnalyzerAudioFlac, AMarkerAtOffset1023IsTried) {
   EXPECT_EQ(analysis.value("time_calc_start"), "1065");
   EXPECT_TRUE(analysis.logged("5000 AnalyzerAudioFlac::scanFlac() found at cache offset: 1023 (0x3ff)"));
   EXPECT_EQ(analysis.playPosition(), 1023);
+  EXPECT_EQ(analysis.strell->getDataCacheOffset(), 1023U) << "on the marker";
 }
 
 TEST(AnalyzerAudioFlac, AMarkerAtOffset1024IsNot) {

@@ -142,6 +142,7 @@ TEST(AnalyzerAudioWav, ARiffHeaderAtOffset1023IsExamined) {
   EXPECT_EQ(analysis.value("time_calc_start"), "1023");
   EXPECT_TRUE(analysis.logged("5000 AnalyzerAudioWav::scanRiff() found at cache offset: 1023 (0x3ff)"));
   EXPECT_EQ(analysis.playPosition(), 1023);
+  EXPECT_EQ(analysis.strell->getDataCacheOffset(), 1023U + 12) << "on the format chunk";
 }
 
 TEST(AnalyzerAudioWav, ARiffHeaderAtOffset1024IsNot) {
