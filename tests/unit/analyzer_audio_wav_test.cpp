@@ -169,6 +169,12 @@ TEST(AnalyzerAudioWav, TheSearchGoesOnOneByteBehindARejectedHeader) {
   EXPECT_EQ(analysis.value("data_start"), "5");
 }
 
+TEST(AnalyzerAudioWav, TheSearchGoesOnOneByteBehindAHeaderWithoutFormat) {
+  const Analysis analysis(concat({riffHeader(), wavFile(someSize)}));
+  EXPECT_EQ(analysis.status, STATUS_OK);
+  EXPECT_EQ(analysis.value("data_start"), "12");
+}
+
 TEST(AnalyzerAudioWav, TheSizeInTheHeaderIsOnlyLogged) {
   Bytes file = overlay(wavFile(someSize), 4, littleEndian(0xfffffffe, 4));
   const Analysis analysis(file);
