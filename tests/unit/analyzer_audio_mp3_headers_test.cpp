@@ -180,6 +180,13 @@ TEST(AnalyzerAudioMp3Headers, WhatARejectedCandidateFoundOutStays) {
   EXPECT_FALSE(analysis.logged("vbi duration_="));
 }
 
+TEST(AnalyzerAudioMp3Headers, ABitrateOfARejectedCandidateDoesNotAcceptIt) {
+  const Bytes lame = infoFrame(concat({XingHeader{"Xing", 0}.bytes(), lameExtension(1, 192)}));
+  const Mp3Analysis analysis(concat({lame, filler(1), mpegFrames(60)}));  // no frame where the second should begin
+  EXPECT_EQ(analysis.value("data_start"), "418");
+  EXPECT_EQ(analysis.value("bitrate"), "128000");
+}
+
 TEST(AnalyzerAudioMp3Headers, ADurationOfARejectedCandidateServesTheNextForItsBitrate) {
   const Bytes first = infoFrame(vbriHeader(0, 5000), vbriOffset, forbiddenBitrate);
   const Bytes second = infoFrame(XingHeader{"Xing", 0x3, 0, 2000000}.bytes());
