@@ -599,6 +599,17 @@ TEST(Id3v2Walk, AnalysisGoesOnBehindATagBeyondTheHead) {
   EXPECT_EQ(analysis.value("picture"), "39 1572864");
 }
 
+TEST(Id3v2Walk, TheTagIsLookedForAtTheStartOfTheStreamWhereverTheCacheOffsetStands) {
+  const Bytes tag = Id3v2Tag().around(id3v2Picture(3, noise(10)));
+  const auto source = boost::make_shared<ScriptedSource>(Mp3Analysis::scriptOf(concat({tag, mpegFrames(60)})));
+  const auto strell = boost::make_shared<strell::Strell>();
+  ASSERT_EQ(strell->attach(source), 0);
+  ASSERT_EQ(strell->setDataCacheOffset(20), 0);
+  const Mp3Analysis analysis(source, strell);
+  EXPECT_EQ(analysis.value("data_start"), std::to_string(tag.size()));
+  EXPECT_EQ(analysis.value("picture"), "39 10");
+}
+
 TEST(Id3v2Walk, AfterAFailedWalkTheScanStartsAtZeroAndTheTagStillCounts) {
   // Kept: the first frame is looked for from the start of the stream, and its place counted from behind the tag.
   Id3v2Tag tag;
