@@ -104,7 +104,7 @@ int AnalyzerAudioAdts::checkAdts() {
   if (!found) {
     return 0;
   }
-  QUORIN_LOG(Info, "AnalyzerAudioAdts::%s(): found ADTS sync sequence\n", __func__);
+  QUORIN_LOG(Debug, "AnalyzerAudioAdts::%s(): found ADTS sync sequence\n", __func__);
   if (adts_frame() == 0) {
     strell_->setDataCacheOffset(start);
     return 0;
@@ -122,7 +122,7 @@ int AnalyzerAudioAdts::checkSecondSync(unsigned start) {
   }
   const bool found = isSync(sync);
   if (!found) {
-    QUORIN_LOG(Error, "AnalyzerAudioAdts::%s(): missing second ADTS sync sequence\n", name);
+    QUORIN_LOG(Debug, "AnalyzerAudioAdts::%s(): missing second ADTS sync sequence\n", name);
   }
   strell_->setDataCacheOffset(start);
   return found ? 1 : 0;

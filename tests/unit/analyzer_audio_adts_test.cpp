@@ -21,7 +21,7 @@ const char* const notSuccessful = "4000 AnalyzerAudioAdts::analyze(): analyzing 
 const char* const notFound = "5000 AnalyzerAudioAdts::analyze() out not found. ";
 const char* const fixedHeaderError = "3000 AnalyzerAudioAdts::adts_frame():problem parsing fixed header";
 const char* const variableHeaderError = "3000 AnalyzerAudioAdts::adts_frame():problem parsing variable header";
-const char* const secondSyncMissing = "3000 AnalyzerAudioAdts::checkAdts(): missing second ADTS sync sequence";
+const char* const secondSyncMissing = "5000 AnalyzerAudioAdts::checkAdts(): missing second ADTS sync sequence";
 
 std::string readError(const std::string& operation, int code = strell::NOT_CACHED) {
   return "3000 AnalyzerAudioAdts::" + operation + "():# error reading cached data ret=" + std::to_string(code) +
@@ -71,7 +71,7 @@ TEST(AnalyzerAudioAdts, LogOfAStream) {
       "5000 AnalyzerAudioAdts::scanAdts() found at cache offset: 17 (0x11)\n"
       "5000 AnalyzerAudioAdts::checkAdts()\n"
       "5000 AnalyzerAudioAdts::checkAdts() cache offset: 17 (0x11)\n"
-      "4000 AnalyzerAudioAdts::checkAdts(): found ADTS sync sequence\n"
+      "5000 AnalyzerAudioAdts::checkAdts(): found ADTS sync sequence\n"
       "5000 AnalyzerAudioAdts::determineBitrate() Header=HTTP/1.1 200 OK\r\n"
       ".\n"
       "5000 AnalyzerAudioAdts::determineBitrate() Header=icy-br:96\r\n"
@@ -203,7 +203,7 @@ TEST(AnalyzerAudioAdts, TheSecondSyncHasTwelveBitsToo) {
 TEST(AnalyzerAudioAdts, ASecondFrameBehindTheEndEndsTheSearch) {
   const Analysis analysis(concat({adtsFrame(ofLength(300, 50)), adtsFrames(10)}));
   EXPECT_EQ(analysis.status, STATUS_NOT_THIS_FORMAT);
-  EXPECT_TRUE(analysis.logged("4000 AnalyzerAudioAdts::checkAdts(): found ADTS sync sequence\n" + secondSyncUnreadable +
+  EXPECT_TRUE(analysis.logged("5000 AnalyzerAudioAdts::checkAdts(): found ADTS sync sequence\n" + secondSyncUnreadable +
                               "\n" + notSuccessful + "\n5000 AnalyzerAudioAdts::scanAdts()\n" +
                               readError("scanAdts", strell::OFFSET_NOT_CACHED) + "\n" + noHeaderFound + "\n" +
                               notFound));
@@ -245,7 +245,7 @@ TEST(AnalyzerAudioAdts, SamplingFrequencyIndexes13To15Fail) {
     const Analysis analysis(adtsFrames(20, frame));
     EXPECT_EQ(analysis.status, STATUS_NOT_THIS_FORMAT);
     EXPECT_TRUE(analysis.logged(
-        "4000 AnalyzerAudioAdts::checkAdts(): found ADTS sync sequence\n"
+        "5000 AnalyzerAudioAdts::checkAdts(): found ADTS sync sequence\n"
         "3000 AnalyzerAudioAdts::adts_fixed_header() found invalid value for sampling frequency index (0x0" +
         std::string(1, "def"[frame.frequencyIndex - 13]) + ")\n" + fixedHeaderError + "\n" + notSuccessful));
   }
@@ -261,7 +261,7 @@ TEST(AnalyzerAudioAdts, TheSearchGoesOnOneByteBehindABrokenHeader) {
 TEST(AnalyzerAudioAdts, AFrameWithoutLengthFails) {
   const Analysis analysis(overlay(filler(20000), 0, head(adtsFrame(ofLength(0)), 7)));
   EXPECT_EQ(analysis.status, STATUS_NOT_THIS_FORMAT);
-  EXPECT_TRUE(analysis.logged("4000 AnalyzerAudioAdts::checkAdts(): found ADTS sync sequence\n" +
+  EXPECT_TRUE(analysis.logged("5000 AnalyzerAudioAdts::checkAdts(): found ADTS sync sequence\n" +
                               std::string(variableHeaderError) + "\n" + notSuccessful));
 }
 
