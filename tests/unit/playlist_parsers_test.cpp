@@ -330,7 +330,7 @@ TEST(PlaylistParsers, ADamagedPlaylistGivesAPartOfItOrNothing) {
                                           "<contents><ContentURL>http://h/s</ContentURL></contents>",
                                           "rtsp://h/s"};
   std::mt19937 random(815);
-  for (int round = 0; round < 20000; ++round) {
+  for (size_t round = 0; round < 20000; ++round) {
     const std::string content = mutated(playlists[round % std::size(playlists)], random);
     const std::string seen = content.c_str();
     for (const std::string& target : {m3u(content), xml(content), simple(content)}) {
