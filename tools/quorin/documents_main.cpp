@@ -1,14 +1,14 @@
 // Writes the documents that are installed beside the command into a folder: quorin.1 and the completions.
 
-#include <cstdio>
 #include <fstream>
 #include <string>
 
 #include "documents.h"
+#include "talk.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) {
-    std::fputs("usage: quorin-documents FOLDER\n", stderr);
+    quorin_command::complain("usage: quorin-documents FOLDER");
     return 2;
   }
   const std::pair<const char*, std::string> documents[] = {{"quorin.1", quorin_command::manualPage()},
@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
     std::ofstream file(std::string(argv[1]) + '/' + name, std::ios::binary);
     file << text;
     if (!file.flush()) {
-      std::fprintf(stderr, "quorin-documents: %s/%s cannot be written\n", argv[1], name);
+      quorin_command::complain(name, "cannot be written");
       return 4;
     }
   }
