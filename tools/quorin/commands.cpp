@@ -15,6 +15,16 @@ const std::vector<CommandDefinition>& commandDefinitions() {
        "give a table.\n",
        {defineItemList, defineSources, defineRedirects, defineNetwork, defineJson, defineMessages},
        0},
+      {Command::Scan,
+       "scan",
+       "PATH...",
+       "analyse every file in folders",
+       "Walks the folders and analyses every regular file in them, several at once. Writes\n"
+       "a JSON record per file as it comes, or rows of a table to a terminal unless --json\n"
+       "is given. A folder is looked into once, however many links lead there. Files that\n"
+       "are not recognised are counted, but are no failure.\n",
+       {defineItemList, defineScan, defineSources, defineRedirects, defineNetwork, defineJson, defineMessages},
+       0},
       {Command::Cover,
        "cover",
        "(-o FILE | -d DIR) URI...",

@@ -103,6 +103,10 @@ ItemError emptyItem() { return {"empty", "empty"}; }
 
 ItemError nulInName() { return {"bad_uri", "the name holds a NUL byte (a NUL-separated list takes -0)"}; }
 
+ItemError unreadableFolder(int error) {
+  return {error == EACCES ? "permission_denied" : "io_error", "the folder: " + reasonOf(error)};
+}
+
 ItemError internalError(const std::string& what) { return {"internal", "internal error: " + what}; }
 
 }  // namespace quorin_command

@@ -36,6 +36,10 @@ ItemError emptyItem();
 /// A name that holds a NUL would be cut there and name another item.
 ItemError nulInName();
 
+/// A folder of a scan.
+/// @param error errno
+ItemError unreadableFolder(int error);
+
 /// Something in the command or the library that should not have happened.
 ItemError internalError(const std::string& what);
 

@@ -95,15 +95,15 @@ Json redirectJson(const RedirectRecord& redirect) {
   return json;
 }
 
+bool isUtf8(const std::string& text) { return utf8::is_valid(text.begin(), text.end()); }
+
 }  // namespace
+
+std::string uriInJson(const std::string& uri) { return isUtf8(uri) ? uri : base64(uri); }
 
 std::string jsonLine(const Record& record) {
   Json json = {{"v", recordVersion}};
-  if (utf8::is_valid(record.uri.begin(), record.uri.end())) {
-    json["uri"] = record.uri;
-  } else {
-    json["path_b64"] = base64(record.uri);
-  }
+  json[isUtf8(record.uri) ? "uri" : "path_b64"] = uriInJson(record.uri);
   json["kind"] = kindName(record.kind);
   addKnown(json, "code", record.code);
   addKnown(json, "mime_type", record.mimeType);
@@ -117,6 +117,10 @@ std::string jsonLine(const Record& record) {
     json["via"] = record.via;
   }
   addKnown(json, "play_position", record.playPosition);
+  if (record.file) {
+    json["file"] = {{"size", record.file->size},
+                    {"mtime", {{"seconds", record.file->seconds}, {"nanoseconds", record.file->nanoseconds}}}};
+  }
   if (record.error) {
     json["error"] = {{"name", record.error->name}, {"message", record.error->message}};
   }

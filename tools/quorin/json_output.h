@@ -6,6 +6,9 @@
 
 namespace quorin_command {
 
+/// A URI as a record tells it: as it is, or as base64 when it is no UTF-8.
+std::string uriInJson(const std::string& uri);
+
 /// The record as one line of JSON, line end included. Names and meaning: docs/record.schema.json. What is not known is
 /// left out; bytes of the item that are no UTF-8 read U+FFFD, except for a URI, which then travels as base64.
 std::string jsonLine(const Record& record);

@@ -11,6 +11,7 @@
 #include "output.h"
 #include "play.h"
 #include "probe.h"
+#include "scan.h"
 #include "talk.h"
 
 namespace {
@@ -25,6 +26,8 @@ int runCommand(const Options& options) {
   switch (options.command) {
     case Command::Probe:
       return probe(options);
+    case Command::Scan:
+      return scan(options);
     case Command::Cover:
       return cover(options);
     case Command::Play:

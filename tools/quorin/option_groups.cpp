@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <thread>
+
 #include "option_checks.h"
 
 namespace quorin_command {
@@ -12,6 +15,9 @@ using zu::md::common::quorin::Analyzer;
 
 /// Most redirects from one item that can be asked for.
 constexpr unsigned int mostHops = 1000;
+
+/// Most items at once that can be asked for.
+constexpr unsigned int mostWorkers = 256;
 
 std::string joined(const std::vector<std::string>& texts, const char* separator) {
   return fmt::format("{}", fmt::join(texts, separator));
@@ -94,6 +100,25 @@ void defineNetwork(CLI::App& app, Given& given) {
       ->allow_extra_args(false)
       ->check(isOneLine)
       ->check(isHeader)
+      ->group(group);
+}
+
+void defineScan(CLI::App& app, Given& given) {
+  const char* const group = "Scan";
+  given.options.workers = std::clamp(std::thread::hardware_concurrency(), 1U, mostWorkers);
+  app.add_option("-j", given.options.workers, "analyse N items at once (default: as many as there are processors)")
+      ->type_name("N")
+      ->check(CLI::Range(1U, mostWorkers).description(""))
+      ->group(group);
+  app.add_flag("--ordered", given.options.ordered, "tell items in the order in which they are found")->group(group);
+  app.add_option("--resume", given.options.resume,
+                 "leave out files that FILE, records of an earlier scan, tells already")
+      ->type_name("FILE")
+      ->check(isReadable)
+      ->group(group);
+  addChoice<ProgressWish>(
+      app, "--progress", given.options.progress, "show how far it is; auto: when standard error is a terminal",
+      {{"auto", ProgressWish::Auto}, {"always", ProgressWish::Always}, {"never", ProgressWish::Never}})
       ->group(group);
 }
 

@@ -32,6 +32,7 @@ void defineItemList(CLI::App& app, Given& given);    ///< where further items co
 void defineSources(CLI::App& app, Given& given);     ///< what is looked for, and media
 void defineRedirects(CLI::App& app, Given& given);   ///< whether they are followed
 void defineNetwork(CLI::App& app, Given& given);     ///< how items are requested
+void defineScan(CLI::App& app, Given& given);        ///< how many at once, in which order, what is skipped
 void defineJson(CLI::App& app, Given& given);        ///< records for programs
 void defineCoverFiles(CLI::App& app, Given& given);  ///< where pictures go
 void defineTitles(CLI::App& app, Given& given);      ///< of live streams

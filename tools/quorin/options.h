@@ -17,7 +17,10 @@ struct Medium {
   std::string directory;
 };
 
-enum class Command { Probe, Cover, Play };
+enum class Command { Probe, Scan, Cover, Play };
+
+/// When progress is shown.
+enum class ProgressWish { Auto, Always, Never };
 
 /// A command line, understood and checked.
 struct Options {
@@ -34,6 +37,10 @@ struct Options {
   std::string outputFolder;  ///< where to write files; empty: not given
   bool force = false;        ///< whether files that are there already may be replaced
   bool titles = false;       ///< whether the titles of a live stream are told
+  unsigned int workers = 1;  ///< of a scan
+  bool ordered = false;      ///< whether a scan tells items in the order in which it finds them
+  std::string resume;        ///< records of an earlier scan; empty: none
+  ProgressWish progress = ProgressWish::Auto;
   bool json = false;
   bool quiet = false;
   ColorWish color = ColorWish::Auto;

@@ -13,7 +13,7 @@ namespace quorin_command {
 /// EXIT_INTERRUPTED.
 void prepareStreams();
 
-/// Writes to standard output, to the last byte.
+/// Writes whole lines to standard output, to the last byte.
 /// @return false after saying on standard error why not
 bool writeData(std::string_view text);
 

@@ -43,6 +43,13 @@ struct RedirectRecord {
 /// The error of an item that is known, but is no audio.
 ItemError notAudio(Kind kind);
 
+/// What tells whether a file has changed.
+struct FileStamp {
+  long long size;     ///< bytes
+  long long seconds;  ///< of its last modification, since 1970
+  long nanoseconds;   ///< of the same
+};
+
 /// Everything that is told about one item; what every output is made of.
 struct Record {
   std::string name;              ///< as the user gave it
@@ -54,6 +61,7 @@ struct Record {
   std::optional<AudioRecord> audio;
   std::optional<RedirectRecord> redirect;
   std::optional<long long> playPosition;
+  std::optional<FileStamp> file;  ///< told by scans, of regular files
   std::optional<ItemError> error;
   UrlCost cost;
   long long elapsedMicroseconds = 0;

@@ -59,6 +59,11 @@ bool isLocal(std::string_view uri) {
   return scheme.empty() || scheme == "file" || scheme == "vdr2";
 }
 
+std::string hostOf(const std::string& uri) {
+  const Url url = isLocal(uri) ? Url(nullptr, curl_url_cleanup) : parsed(uri);
+  return url ? lowered(partOf(url, CURLUPART_HOST)) : std::string();
+}
+
 bool haveSameOrigin(const std::string& one, const std::string& other) {
   const std::string origin = originOf(one);
   return !origin.empty() && origin == originOf(other);

@@ -16,6 +16,9 @@ std::string resolved(const std::string& base, const std::string& target);
 /// Whether a URI leads to a file or a medium of this machine.
 bool isLocal(std::string_view uri);
 
+/// The host of a network URI, in lower case; empty for anything else.
+std::string hostOf(const std::string& uri);
+
 /// Whether two URIs lead to the same server by the same protocol (RFC 6454, section 5).
 bool haveSameOrigin(const std::string& one, const std::string& other);
 

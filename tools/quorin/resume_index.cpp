@@ -1,0 +1,69 @@
+#include "resume_index.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "json_output.h"
+#include "talk.h"
+
+namespace quorin_command {
+
+namespace {
+
+/// FNV-1a, from a start value of one's choice.
+uint64_t hashed(const std::string& text, uint64_t start) {
+  uint64_t hash = start;
+  for (const char c : text) {
+    hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+  }
+  return hash;
+}
+
+}  // namespace
+
+std::string ResumeIndex::read(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    return fmt::format("{}: {}", path, reasonOf(errno));
+  }
+  std::string line;
+  for (unsigned long long number = 1; std::getline(file, line); ++number) {
+    if (!add(line) && !file.eof()) {
+      return fmt::format("{}:{}: not a record of quorin", path, number);
+    }
+  }
+  return file.bad() ? fmt::format("{}: {}", path, reasonOf(errno)) : std::string();
+}
+
+bool ResumeIndex::add(const std::string& line) {
+  const auto json = nlohmann::json::parse(line, nullptr, false);
+  if (!json.is_object() || !json.contains("kind")) {
+    return false;
+  }
+  if (json["kind"] == "error" || !json.contains("file")) {
+    return true;
+  }
+  try {
+    const auto& mtime = json["file"].at("mtime");
+    const FileStamp stamp{json["file"].at("size"), mtime.at("seconds"), mtime.at("nanoseconds")};
+    keys_.insert(
+        keyOf(json.contains("uri") ? json["uri"].get<std::string>() : json.at("path_b64").get<std::string>(), stamp));
+  } catch (const nlohmann::json::exception&) {
+    return false;
+  }
+  return true;
+}
+
+bool ResumeIndex::tells(const std::string& uri, const FileStamp& file) const {
+  return keys_.count(keyOf(uriInJson(uri), file)) != 0;
+}
+
+ResumeIndex::Key ResumeIndex::keyOf(const std::string& uri, const FileStamp& file) {
+  const std::string text = fmt::format("{} {}.{:09} {}", file.size, file.seconds, file.nanoseconds, uri);
+  return {hashed(text, 0xcbf29ce484222325), hashed(text, 0x84222325cbf29ce4)};
+}
+
+}  // namespace quorin_command

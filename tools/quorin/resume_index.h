@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
+#include "record.h"
+
+namespace quorin_command {
+
+/// Which files the records of an earlier scan tell already.
+class ResumeIndex {
+ public:
+  /// Reads records. A last line that was cut off is passed over, as are records of failures: those are tried again.
+  /// @return what is wrong with the file, if anything
+  std::string read(const std::string& path);
+
+  /// Whether a file is told with the very size and time of modification that it has.
+  bool tells(const std::string& uri, const FileStamp& file) const;
+
+ private:
+  /// Of URI, size and time; 16 bytes per file, whatever the length of its name.
+  struct Key {
+    uint64_t first;
+    uint64_t second;
+    bool operator==(const Key& other) const { return first == other.first && second == other.second; }
+  };
+  struct Hash {
+    size_t operator()(const Key& key) const { return static_cast<size_t>(key.first); }
+  };
+  static Key keyOf(const std::string& uri, const FileStamp& file);
+
+  bool add(const std::string& line);
+
+  std::unordered_set<Key, Hash> keys_;
+};
+
+}  // namespace quorin_command
