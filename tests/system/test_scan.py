@@ -1,0 +1,378 @@
+"""quorin scan: whole folders, several items at once."""
+
+import base64
+import http.server
+import json
+import os
+import pty
+import re
+import signal
+import socket
+import subprocess
+import threading
+import time
+
+import pytest
+
+from conftest import COMMAND, TIME_LIMIT, clean_environment
+
+WITHOUT_PRIVILEGES = ["setpriv", "--bounding-set=-dac_override,-dac_read_search"] if os.geteuid() == 0 else []
+
+
+@pytest.fixture
+def tree(tmp_path, plain_mp3, tagged_mp3):
+    """Two albums, something else, and a list of what is an item there, in order."""
+    for name in ("a/1.mp3", "a/2.mp3", "b/sub/3.mp3", "b/4.mp3"):
+        path = tmp_path / "music" / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(tagged_mp3 if name.startswith("a") else plain_mp3)
+    (tmp_path / "music/b/readme.txt").write_text("no audio\n" * 100)
+    (tmp_path / "music/.hidden.mp3").write_bytes(plain_mp3)
+    return [f"{tmp_path}/music/{name}" for name in
+            (".hidden.mp3", "a/1.mp3", "a/2.mp3", "b/4.mp3", "b/readme.txt", "b/sub/3.mp3")]
+
+
+def uris(records):
+    return [record.get("uri", record.get("path_b64")) for record in records]
+
+
+def start(*arguments, **how):
+    how.setdefault("stdin", subprocess.PIPE)
+    how.setdefault("stderr", subprocess.PIPE)
+    return subprocess.Popen([COMMAND, "scan", *arguments], stdout=subprocess.PIPE, env=clean_environment(), **how)
+
+
+# What is found
+
+
+def test_every_regular_file_is_told_with_its_stamp(quorin, tree):
+    records = quorin.records("scan", "music")
+    assert sorted(uris(records)) == sorted(tree)
+    for record in records:
+        status = os.stat(record["uri"])
+        assert record["file"] == {"size": status.st_size, "mtime": {"seconds": status.st_mtime_ns // 10**9,
+                                                                    "nanoseconds": status.st_mtime_ns % 10**9}}
+        assert record["kind"] == ("unknown" if record["uri"].endswith("txt") else "audio")
+
+
+@pytest.mark.parametrize("workers", ["1", "2", "16"])
+def test_in_the_order_of_finding_on_request(quorin, tree, workers):
+    assert uris(quorin.records("scan", "--ordered", "-j", workers, "music")) == tree
+
+
+def test_links_to_files_and_folders_are_followed_once(quorin, tree, tmp_path):
+    music = tmp_path / "music"
+    (music / "b/sub/up").symlink_to("../..")
+    (music / "c").symlink_to("c")
+    (music / "d").symlink_to("a")
+    (music / "e.mp3").symlink_to("a/1.mp3")
+    (music / "gone.mp3").symlink_to("nowhere")
+    assert uris(quorin.records("scan", "--ordered", "music", "music/b", "music/../music")) == [*tree, f"{music}/e.mp3"]
+
+
+def test_what_is_no_regular_file_is_passed_over(quorin, tree, tmp_path):
+    os.mkfifo(tmp_path / "music/pipe")
+    with socket.socket(socket.AF_UNIX) as listener:
+        listener.bind(str(tmp_path / "music/socket"))
+        assert uris(quorin.records("scan", "--ordered", "music")) == tree
+
+
+def test_files_and_uris_are_items_themselves(quorin, tree, tmp_path):
+    records = quorin.records("scan", "--ordered", "music/a/1.mp3", f"file:{tmp_path}/music/b/4.mp3", "music/b/sub/")
+    assert uris(records) == [tree[1], f"file:{tree[3]}", tree[5]]
+    assert ["file" in record for record in records] == [True, False, True]
+
+
+def test_items_of_a_list(quorin, tree):
+    assert uris(quorin.records("scan", "--ordered", "--files-from", "-", text=b"music/a\nmusic/b/4.mp3\n")) == (
+        tree[1:4])
+    assert uris(quorin.records("scan", "--ordered", "--files-from", "-", "-0", text=b"music/b\0music/a\0")) == (
+        tree[3:] + tree[1:3])
+
+
+def test_names_of_every_kind(quorin, tmp_path, plain_mp3):
+    folder = tmp_path / "odd"
+    folder.mkdir()
+    names = [b"a\nb.mp3", b'"quotes".mp3', b"\xff\xfe.mp3", "日本語.mp3".encode(), b"http:x.mp3", b"-f"]
+    for name in names:
+        with open(os.path.join(os.fsencode(folder), name), "wb") as file:
+            file.write(plain_mp3)
+    records = quorin.records("scan", "odd")
+    assert {record["kind"] for record in records} == {"audio"}
+    found = {record["uri"].encode() if "uri" in record else base64.b64decode(record["path_b64"]) for record in records}
+    assert found == {os.path.join(os.fsencode(folder), name) for name in names}
+
+
+def test_an_empty_folder(quorin, tmp_path):
+    (tmp_path / "empty").mkdir()
+    result = quorin("scan", "empty")
+    assert (result.code, result.out) == (0, "")
+
+
+# What goes wrong
+
+
+def test_what_is_not_recognised_is_no_failure(quorin, tree):
+    result = quorin("scan", "music/b")
+    assert result.code == 0
+    assert not any("readme" in line for line in result.complaints)
+
+
+def test_failures_are_told_and_cost_the_others_nothing(quorin, tree):
+    result = quorin("scan", "--ordered", "missing", "music/a")
+    assert result.code == 1
+    assert result.complaints[0] == "quorin: missing: no such file or directory"
+    assert [json.loads(line)["kind"] for line in result.out.splitlines()] == ["error", "audio", "audio"]
+    assert quorin("scan", "missing", "gone").code == 3
+
+
+def test_a_folder_that_cannot_be_looked_into(quorin, tree, tmp_path):
+    (tmp_path / "music/a").chmod(0)
+    try:
+        result = quorin("scan", "--ordered", "music", prefix=WITHOUT_PRIVILEGES)
+    finally:
+        (tmp_path / "music/a").chmod(0o755)
+    assert result.code == 1
+    assert result.complaints[0] == f"quorin: music/a: the folder: permission denied"
+    records = [json.loads(line) for line in result.out.splitlines()]
+    assert uris(records) == [tree[0], f"{tmp_path}/music/a", *tree[3:]]
+    assert records[1]["error"]["name"] == "permission_denied"
+
+
+def test_output_that_cannot_be_written(quorin, tree):
+    with open("/dev/full", "w") as full:
+        result = quorin("scan", "music", stdout=full)
+    assert (result.code, result.complaints) == (4, ["quorin: standard output: no space left on device"])
+
+
+def test_a_reader_who_goes_away_ends_a_scan_at_once(tree, tmp_path):
+    process = start("--files-from", "-", cwd=tmp_path)
+    process.stdin.write(b"music/a/1.mp3\n")
+    process.stdin.flush()
+    assert process.stdout.readline().endswith(b"}\n")
+    process.stdout.close()
+    process.stdin.write(b"music/a/2.mp3\n")  # and nothing more comes, nor does the list end
+    process.stdin.flush()
+    assert process.wait(TIME_LIMIT) == 4
+    assert process.stderr.read() == b"quorin: standard output: broken pipe\n"
+    process.stdin.close()
+
+
+def test_an_interrupted_scan_leaves_whole_lines(tree, tmp_path):
+    process = start("--files-from", "-", cwd=tmp_path)
+
+    def feed():
+        try:
+            while True:
+                process.stdin.write(b"music\n" + b"music/a/1.mp3\n" * 1000)
+        except OSError:
+            pass
+
+    feeder = threading.Thread(target=feed)
+    feeder.start()
+    lines = [process.stdout.readline() for _ in range(500)]
+    process.send_signal(signal.SIGINT)
+    rest = process.stdout.read()
+    assert process.wait(TIME_LIMIT) == 130
+    feeder.join()
+    assert rest == b"" or rest.endswith(b"}\n")
+    for line in [*lines, *rest.splitlines()]:
+        json.loads(line)
+
+
+# Going on where an earlier scan ended
+
+
+@pytest.fixture
+def earlier(quorin, tree, tmp_path):
+    path = tmp_path / "old.ndjson"
+    path.write_text(quorin("scan", "--ordered", "music", "missing").out)
+    return path
+
+
+def test_unchanged_files_are_left_out(quorin, tree, earlier):
+    result = quorin("scan", "--resume", str(earlier), "music")
+    assert (result.code, result.out) == (0, "")
+    assert "  unchanged   6: left out" in result.complaints
+
+
+def test_changed_files_are_not(quorin, tree, earlier):
+    with open(tree[1], "ab") as file:
+        file.write(b"x")
+    os.utime(tree[3], ns=(0, 10**18 + 1))
+    os.utime(tree[4])
+    assert uris(quorin.records("scan", "--ordered", "--resume", str(earlier), "music")) == [tree[1], tree[3], tree[4]]
+
+
+def test_failures_are_tried_again(quorin, tree, earlier):
+    assert uris(quorin.records("scan", "--resume", str(earlier), "music", "missing")) == [
+        tree[0].replace("music/.hidden.mp3", "missing")]
+
+
+def test_a_last_line_that_was_cut_off_does_no_harm(quorin, tree, earlier):
+    earlier.write_text(earlier.read_text()[:-400])
+    assert uris(quorin.records("scan", "--resume", str(earlier), "music"))[-1:] == tree[-1:]
+
+
+@pytest.mark.parametrize("line", ["no record", "{}", "[1]", '{"kind":"audio","file":{"size":"x"}}'])
+def test_a_file_of_something_else_is_refused(quorin, tree, earlier, line):
+    earlier.write_text(earlier.read_text() + line + "\n\n")
+    result = quorin("scan", "--resume", str(earlier), "music")
+    assert (result.code, result.out) == (2, "")
+    assert result.complaints == [f"quorin: {earlier}:8: not a record of quorin"]
+
+
+def test_names_that_are_no_utf8_are_known_again(quorin, tmp_path, plain_mp3):
+    (tmp_path / "odd").mkdir()
+    with open(os.fsencode(tmp_path) + b"/odd/\xff.mp3", "wb") as file:
+        file.write(plain_mp3)
+    (tmp_path / "old").write_text(quorin("scan", "odd").out)
+    assert quorin("scan", "--resume", "old", "odd").out == ""
+
+
+# Hosts, memory
+
+
+class CountingServer(http.server.ThreadingHTTPServer):
+    """Answers slowly, and counts how many are waiting at the same time."""
+
+    daemon_threads = True
+
+    def __init__(self):
+        super().__init__(("0.0.0.0", 0), Answer)
+        self.lock, self.now, self.most = threading.Lock(), {}, {}
+        threading.Thread(target=self.serve_forever, daemon=True).start()
+
+
+class Answer(http.server.BaseHTTPRequestHandler):
+    def do_GET(self):
+        host = self.headers["Host"].split(":")[0]
+        with self.server.lock:
+            self.server.now[host] = self.server.now.get(host, 0) + 1
+            self.server.most[host] = max(self.server.most.get(host, 0), self.server.now[host])
+        time.sleep(0.05)
+        with self.server.lock:
+            self.server.now[host] -= 1
+        self.send_response(404)
+        self.end_headers()
+
+    def log_message(self, *_):
+        pass
+
+
+def test_no_host_is_asked_by_more_than_four_at_once(quorin, tree):
+    server = CountingServer()
+    port = server.server_address[1]
+    urls = [f"http://127.0.0.{1 + n // 20}:{port}/{n}" for n in range(40)]
+    records = quorin.records("scan", "-j", "32", "--ordered", *urls, "music")
+    server.shutdown()
+    server.server_close()
+    assert uris(records) == urls + tree
+    assert max(server.most.values()) == 4
+
+
+def test_memory_does_not_grow_with_the_number_of_items(tree, tmp_path):
+    def peak(lines):
+        (tmp_path / "list").write_text("music/a/1.mp3\n" * lines)
+        process = start("-j", "4", "--files-from", "list", cwd=tmp_path, stdin=subprocess.DEVNULL)
+        time.sleep(0.2)  # a reader who is late
+        count = sum(1 for _ in process.stdout)
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = 0
+        assert (status, count) == (0, lines)
+        return usage.ru_maxrss
+
+    assert peak(40000) < peak(8000) + 6000  # KiB
+
+
+# What is said meanwhile, and at the end
+
+
+def test_the_summary(quorin, tree):
+    complaints = quorin("scan", "missing", "music", "gone").complaints
+    assert sorted(complaints[:2]) == [f"quorin: {name}: no such file or directory" for name in ("gone", "missing")]
+    assert re.fullmatch(r"quorin: 8 items in \d+\.\d s \([\d ]+/s\), [\d.]+ KiB read", complaints[2])
+    assert complaints[3:] == [
+        "  audio       5: MP3 5", "  unknown     1", "  failed      2: no such file or directory 2"]
+    assert quorin("scan", "-q", "missing", "music").err == ""
+
+
+def test_nothing_but_the_summary_goes_to_what_is_no_terminal(quorin, tree):
+    assert "\r" not in quorin("scan", "music").err
+    assert "\x1b" not in quorin("scan", "--progress", "always", "music").err
+
+
+def slow_scan(tree_folder, *arguments, seconds, stderr):
+    """A scan whose list comes in two parts."""
+    process = start(*arguments, "--files-from", "-", cwd=tree_folder, stderr=stderr)
+    process.stdin.write(b"music/a\n")
+    process.stdin.flush()
+    time.sleep(seconds)
+    process.stdin.write(b"music/b\n")
+    process.stdin.close()
+    process.stdout.read()
+    assert process.wait(TIME_LIMIT) == 0
+    return process
+
+
+def at_terminal(tree_folder, *arguments):
+    """What a scan writes to a terminal on standard error."""
+    try:
+        master, slave = pty.openpty()
+    except OSError as error:
+        pytest.skip(f"this machine hands out no pseudo terminal: {error}")
+    slow_scan(tree_folder, *arguments, seconds=0.5, stderr=slave)
+    os.close(slave)
+    out = b""
+    try:
+        while chunk := os.read(master, 65536):
+            out += chunk
+    except OSError:  # how Linux tells that the other end is closed
+        pass
+    os.close(master)
+    return out.decode().replace("\r\n", "\n")
+
+
+def test_progress_at_a_terminal_is_a_line_that_goes_away(tree, tmp_path):
+    text = at_terminal(tmp_path)
+    assert re.search(r"\r\x1b\[K2 done, \d+/s  music/a/2\.mp3", text)
+    assert text.split("\r\x1b[K")[-1].startswith("quorin: 5 items")
+
+
+def test_progress_can_be_switched_off(tree, tmp_path):
+    assert "\r" not in at_terminal(tmp_path, "--progress", "never")
+
+
+def test_progress_that_was_asked_for_is_plain_lines_elsewhere(tree, tmp_path):
+    process = slow_scan(tmp_path, "--progress", "always", seconds=5.4, stderr=subprocess.PIPE)
+    lines = process.stderr.read().decode().splitlines()
+    assert re.fullmatch(r"quorin: 2 done, 0/s", lines[0])
+    assert lines[1].startswith("quorin: 5 items")
+
+
+def test_a_terminal_gets_a_table(quorin, tree):
+    lines = quorin.at_terminal("scan", "--ordered", "music", columns=100, environment={"NO_COLOR": "1"}).splitlines()
+    assert lines[0].split()[0] == "KIND"
+    assert len(lines) == 7
+    assert lines[1].startswith("MP3 ") and lines[1].endswith("music/.hidden.mp3")
+    assert quorin.at_terminal("scan", "--json", "music/a").startswith('{"v":1,')
+
+
+# The options
+
+
+@pytest.mark.parametrize("arguments, cause", [
+    ((), "no item is given"),
+    (("-j", "0", "a"), "-j: Value 0 not in range 1 to 256"),
+    (("-j", "257", "a"), "-j: Value 257 not in range 1 to 256"),
+    (("--progress", "x", "a"), "--progress: x not in {auto,always,never}"),
+    (("--resume", "missing", "a"), "--resume: 'missing': no such file or directory"),
+])
+def test_wrong_usage(quorin, arguments, cause):
+    result = quorin("scan", *arguments)
+    assert (result.code, result.out) == (2, "")
+    assert result.complaints == [f"quorin: {cause} ('quorin --help' tells more)"]
+
+
+def test_a_number_of_workers_is_for_scans(quorin):
+    assert quorin("-j", "2", "a").complaints == ["quorin: 'probe' takes no option -j ('quorin --help' tells more)"]
