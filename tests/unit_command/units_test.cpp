@@ -28,6 +28,22 @@ TEST(Units, BytesGrowIntoBinaryUnits) {
   EXPECT_EQ(byteCount(-5), "-5 bytes");
 }
 
+TEST(Units, OneOfAKindIsNoPlural) {
+  EXPECT_EQ(counted(0, "read"), "0 reads");
+  EXPECT_EQ(counted(1, "read"), "1 read");
+  EXPECT_EQ(counted(2, "read"), "2 reads");
+}
+
+TEST(Units, AShareIsNeverRoundedToNothingOrAll) {
+  EXPECT_EQ(percentage(0, 100), "0.0 %");
+  EXPECT_EQ(percentage(1, 1000000), "< 0.1 %");
+  EXPECT_EQ(percentage(1, 2000), "0.1 %");
+  EXPECT_EQ(percentage(123, 1000), "12.3 %");
+  EXPECT_EQ(percentage(999999, 1000000), "> 99.9 %");
+  EXPECT_EQ(percentage(100, 100), "100.0 %");
+  EXPECT_EQ(percentage(0, 0), "100.0 %");
+}
+
 TEST(Units, FrequenciesKeepTheirDigits) {
   EXPECT_EQ(frequency(44100), "44.1 kHz");
   EXPECT_EQ(frequency(8000), "8 kHz");

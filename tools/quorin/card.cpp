@@ -2,55 +2,14 @@
 
 #include <fmt/format.h>
 
-#include <string_view>
-#include <vector>
-
 #include "display_text.h"
+#include "matter.h"
 #include "media_names.h"
 #include "units.h"
 
 namespace quorin_command {
 
 namespace {
-
-constexpr size_t indent = 2;
-constexpr size_t labelWidth = 10;
-
-/// What one line says: phrases that are never broken, with blanks between them.
-using Phrases = std::vector<std::string>;
-
-/// Puts `separator` behind every phrase but the last.
-Phrases listed(Phrases phrases, std::string_view separator) {
-  for (size_t i = 0; i + 1 < phrases.size(); ++i) {
-    phrases[i] += separator;
-  }
-  return phrases;
-}
-
-/// One matter, with a hanging indent where it takes several lines; empty when there is nothing to say.
-std::string matter(const Terminal& terminal, std::string_view label, const Phrases& phrases) {
-  if (phrases.empty()) {
-    return std::string();
-  }
-  std::string text(indent, ' ');
-  text += painted(terminal, Style::Faint, padded(label, labelWidth));
-  size_t column = indent + labelWidth;
-  bool atStart = true;
-  for (const std::string& phrase : phrases) {
-    const size_t width = displayWidth(phrase);
-    if (!atStart && terminal.width != 0 && column + 1 + width > terminal.width) {
-      text += '\n' + std::string(indent + labelWidth, ' ');
-      column = indent + labelWidth;
-    } else if (!atStart) {
-      text += ' ';
-      ++column;
-    }
-    text += phrase;
-    column += width;
-    atStart = false;
-  }
-  return text + '\n';
-}
 
 Phrases format(const AudioRecord& audio) {
   Phrases phrases = {nameOf(audio.mediaType.value_or(library::MEDIA_TYPE_NONE)).inWords};
@@ -118,9 +77,6 @@ Phrases whatAPlayerMayDo(const AudioRecord& audio, std::optional<long long> play
 }
 
 Phrases cost(const Record& record) {
-  const auto counted = [](unsigned int count, const char* what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-  };
   const std::string bytes = byteCount(static_cast<long long>(record.cost.bytes));
   Phrases phrases = {fmt::format("{} in {}", bytes, counted(record.cost.reads, "read"))};
   if (record.cost.requests > 0) {
@@ -171,13 +127,16 @@ std::string matters(const Record& record, const Terminal& terminal) {
 
 }  // namespace
 
-std::string card(const Record& record, const Terminal& terminal) {
+std::string cardHead(const Record& record, const Terminal& terminal) {
   std::string name = displayable(record.name, terminal.utf8);
   if (terminal.width != 0) {
     name = cutMiddle(name, terminal.width, terminal.utf8);
   }
-  return painted(terminal, Style::Strong, name) + '\n' + steps(record, terminal) + matters(record, terminal) +
-         matter(terminal, "cost", cost(record));
+  return painted(terminal, Style::Strong, name) + '\n' + steps(record, terminal);
+}
+
+std::string card(const Record& record, const Terminal& terminal) {
+  return cardHead(record, terminal) + matters(record, terminal) + matter(terminal, "cost", cost(record));
 }
 
 }  // namespace quorin_command

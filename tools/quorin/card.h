@@ -11,4 +11,7 @@ namespace quorin_command {
 /// width of the terminal. Not for an item that could not be opened: there is nothing to say but why.
 std::string card(const Record& record, const Terminal& terminal);
 
+/// Its first lines: the name, and where redirects lead.
+std::string cardHead(const Record& record, const Terminal& terminal);
+
 }  // namespace quorin_command

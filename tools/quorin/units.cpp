@@ -42,6 +42,21 @@ std::string byteCount(long long bytes) {
   return fmt::format("{} {}", rounded(value), units[unit]);
 }
 
+std::string counted(unsigned int count, const char* what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+std::string percentage(long long part, long long whole) {
+  constexpr double hundred = 100;
+  constexpr double leastShown = 0.05;
+  const double percent = whole == 0 ? hundred : hundred * static_cast<double>(part) / static_cast<double>(whole);
+  // A little is not nothing, and nearly all is not all.
+  if (part > 0 && percent < leastShown) {
+    return "< 0.1 %";
+  }
+  return part < whole && percent >= hundred - leastShown ? "> 99.9 %" : fmt::format("{:.1f} %", percent);
+}
+
 std::string frequency(int hertz) { return fmt::format("{} kHz", hertz / 1000.0); }
 
 std::string bitRate(int bitsPerSecond) { return fmt::format("{} kbit/s", bitsPerSecond / 1000); }
