@@ -14,7 +14,17 @@ namespace {
 
 thread_local Sighting seen;
 
-/// A source that passes everything on and remembers failed reads. `Interface` is what the source can do.
+/// Remembers what was read. Reads in a row count as one: there may be any number.
+void note(Span span) {
+  if (!seen.read.empty() && seen.read.back().end == span.begin) {
+    seen.read.back().end = span.end;
+  } else {
+    seen.read.push_back(span);
+  }
+}
+
+/// A source that passes everything on and remembers failed reads, and which bytes were read. `Interface` is what the
+/// source can do.
 template <typename Interface>
 class WatchedSource : public Interface {
  public:
@@ -25,12 +35,18 @@ class WatchedSource : public Interface {
 
   int read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) override {
     const int status = source_->read(buffer, length, bytesRead);
+    note({position_, position_ + bytesRead});
+    position_ += bytesRead;
     if (status != 0) {
       seen.readFailure = status;
     }
     return status;
   }
-  int seek(long long offset) override { return source_->seek(offset); }
+  int seek(long long offset) override {
+    const int status = source_->seek(offset);
+    position_ = status == 0 ? offset : position_;
+    return status;
+  }
   int tell(long long& offset) override { return source_->tell(offset); }
   int size(long long& bytes) override { return source_->size(bytes); }
   int getSeekable(bool& seekable) override { return source_->getSeekable(seekable); }
@@ -38,6 +54,9 @@ class WatchedSource : public Interface {
 
  protected:
   boost::shared_ptr<Interface> source_;
+
+ private:
+  long long position_ = 0;
 };
 
 class WatchedHttp : public WatchedSource<md::HttpAccess> {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <vector>
+
 #include "md/url.h"
+#include "spans.h"
 
 namespace quorin_command {
 
@@ -10,6 +13,7 @@ struct Sighting {
 
   int openCode = noOpener;  ///< code of `mdch_OpenUrl`
   int readFailure = 0;      ///< the last failure of a `read`; 0 when there was none
+  std::vector<Span> read;   ///< what was read, in the order in which it was
   UrlCost closed;           ///< what the sources have cost that are closed again
 };
 
