@@ -54,6 +54,18 @@ const char* sequenceOf(Style style) {
       return "\033[2m";
     case Style::Warning:
       break;
+    case Style::OnYellow:
+      return "\033[30;43m";
+    case Style::OnMagenta:
+      return "\033[30;45m";
+    case Style::OnCyan:
+      return "\033[30;46m";
+    case Style::OnGreen:
+      return "\033[30;42m";
+    case Style::OnBlue:
+      return "\033[37;44m";
+    case Style::OnGrey:
+      return "\033[37;100m";
   }
   return "\033[31m";
 }

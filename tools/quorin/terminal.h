@@ -22,7 +22,7 @@ Terminal standardOutput(ColorWish wish);
 /// Whether a stream's text may hold characters beyond ASCII, by the locale of the environment.
 bool localeIsUtf8();
 
-enum class Style { Strong, Faint, Warning };
+enum class Style { Strong, Faint, Warning, OnYellow, OnMagenta, OnCyan, OnGreen, OnBlue, OnGrey };
 
 /// The text in a style, or as it is when `terminal` shows no colour.
 std::string painted(const Terminal& terminal, Style style, std::string_view text);
