@@ -8,7 +8,7 @@ import subprocess
 import pytest
 
 DOCUMENTS = pathlib.Path(os.environ["QUORIN_DOCUMENTS"]).absolute()
-COMMANDS = ["probe", "scan", "cover", "play"]
+COMMANDS = ["probe", "scan", "cover", "map", "play"]
 
 
 def run(*command, text=None):

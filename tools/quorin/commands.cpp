@@ -32,8 +32,17 @@ const std::vector<CommandDefinition>& commandDefinitions() {
        "Copies the embedded pictures of each item into files and reads nothing else of it.\n"
        "Prints the name of each file that was written. Several pictures of an item are\n"
        "numbered. A file that is there already stays as it is, unless --force is given.\n",
-       {defineItemList, defineSources, defineRedirects, defineNetwork, defineCoverFiles, defineMessages},
+       {defineItemList, defineSources, defineRedirects, defineNetwork, defineCoverFiles, defineForce, defineMessages},
        0},
+      {Command::Map,
+       "map",
+       "URI [--svg FILE]",
+       "what lies where, and which bytes were read to find out",
+       "Shows where tags, pictures, headers, audio and what follows it lie in an item, and\n"
+       "which of its bytes were read to find out. With --svg the map becomes a picture for\n"
+       "a browser. A file that is there already stays as it is, unless --force is given.\n",
+       {defineSources, defineRedirects, defineNetwork, defineMapPicture, defineForce, defineMessages},
+       1},
       {Command::Play,
        "play",
        "URI",

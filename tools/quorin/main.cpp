@@ -7,6 +7,7 @@
 #include "cover.h"
 #include "exit_codes.h"
 #include "library_setup.h"
+#include "map.h"
 #include "options.h"
 #include "output.h"
 #include "play.h"
@@ -30,6 +31,8 @@ int runCommand(const Options& options) {
       return scan(options);
     case Command::Cover:
       return cover(options);
+    case Command::Map:
+      return map(options);
     case Command::Play:
       return play(options);
   }

@@ -134,7 +134,16 @@ void defineCoverFiles(CLI::App& app, Given& given) {
   app.add_option("-d", given.options.outputFolder, "write the pictures to DIR, called like their items")
       ->type_name("DIR")
       ->group(group);
-  app.add_flag("--force", given.options.force, "replace files that are there already")->group(group);
+}
+
+void defineMapPicture(CLI::App& app, Given& given) {
+  app.add_option("--svg", given.options.svgFile, "draw the map into FILE ('-': standard output) instead")
+      ->type_name("FILE")
+      ->group("Output");
+}
+
+void defineForce(CLI::App& app, Given& given) {
+  app.add_flag("--force", given.options.force, "replace files that are there already")->group("Output");
 }
 
 void defineTitles(CLI::App& app, Given& given) {

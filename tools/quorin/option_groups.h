@@ -35,6 +35,8 @@ void defineNetwork(CLI::App& app, Given& given);     ///< how items are requeste
 void defineScan(CLI::App& app, Given& given);        ///< how many at once, in which order, what is skipped
 void defineJson(CLI::App& app, Given& given);        ///< records for programs
 void defineCoverFiles(CLI::App& app, Given& given);  ///< where pictures go
+void defineMapPicture(CLI::App& app, Given& given);  ///< where the drawing of a map goes
+void defineForce(CLI::App& app, Given& given);       ///< whether files may be replaced
 void defineTitles(CLI::App& app, Given& given);      ///< of live streams
 void defineMessages(CLI::App& app, Given& given);    ///< how much is said, and how
 void defineAnswers(CLI::App& app, Given& given);     ///< what is answered at once: help, version

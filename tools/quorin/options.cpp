@@ -152,6 +152,9 @@ std::string whatDoesNotFit(const Options& options, const CommandDefinition& comm
   if (isCover && !options.outputFile.empty() && (options.words.size() > 1 || !options.filesFrom.empty())) {
     return "-o is for a single item; -d takes several";
   }
+  if (options.command == Command::Map && options.force && options.svgFile.empty()) {
+    return "--force needs --svg";
+  }
   return std::string();
 }
 

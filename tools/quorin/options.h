@@ -17,7 +17,7 @@ struct Medium {
   std::string directory;
 };
 
-enum class Command { Probe, Scan, Cover, Play };
+enum class Command { Probe, Scan, Cover, Map, Play };
 
 /// When progress is shown.
 enum class ProgressWish { Auto, Always, Never };
@@ -35,6 +35,7 @@ struct Options {
   bool allowLocal = false;   ///< whether the network may redirect to something local
   std::string outputFile;    ///< where to write; empty: not given
   std::string outputFolder;  ///< where to write files; empty: not given
+  std::string svgFile;       ///< where to draw a map; empty: not given
   bool force = false;        ///< whether files that are there already may be replaced
   bool titles = false;       ///< whether the titles of a live stream are told
   unsigned int workers = 1;  ///< of a scan
