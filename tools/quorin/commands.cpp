@@ -32,7 +32,8 @@ const std::vector<CommandDefinition>& commandDefinitions() {
        "Copies the embedded pictures of each item into files and reads nothing else of it.\n"
        "Prints the name of each file that was written. Several pictures of an item are\n"
        "numbered. A file that is there already stays as it is, unless --force is given.\n",
-       {defineItemList, defineSources, defineRedirects, defineNetwork, defineCoverFiles, defineForce, defineMessages},
+       {defineItemList, defineSources, defineRedirects, defineNetwork, defineOutputFile, defineOutputFolder,
+        defineForce, defineMessages},
        0},
       {Command::Map,
        "map",

@@ -126,14 +126,16 @@ void defineJson(CLI::App& app, Given& given) {
   app.add_flag("--json", given.options.json, "one JSON object per item and line")->group("Output");
 }
 
-void defineCoverFiles(CLI::App& app, Given& given) {
-  const char* const group = "Output";
-  app.add_option("-o", given.options.outputFile, "write the picture to FILE ('-': standard output)")
+void defineOutputFile(CLI::App& app, Given& given) {
+  app.add_option("-o", given.options.outputFile, "write to FILE ('-': standard output)")
       ->type_name("FILE")
-      ->group(group);
+      ->group("Output");
+}
+
+void defineOutputFolder(CLI::App& app, Given& given) {
   app.add_option("-d", given.options.outputFolder, "write the pictures to DIR, called like their items")
       ->type_name("DIR")
-      ->group(group);
+      ->group("Output");
 }
 
 void defineMapPicture(CLI::App& app, Given& given) {
