@@ -7,6 +7,7 @@
 
 #include "byte_range.h"
 #include "item_run.h"
+#include "new_file.h"
 #include "output.h"
 #include "picture_file.h"
 

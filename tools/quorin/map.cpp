@@ -9,8 +9,8 @@
 #include "item_run.h"
 #include "map_svg.h"
 #include "map_text.h"
+#include "new_file.h"
 #include "output.h"
-#include "picture_file.h"
 #include "source_watch.h"
 
 namespace quorin_command {

@@ -1,17 +1,8 @@
 #include "picture_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <utility>
 
 #include "item.h"
-#include "output.h"
 
 namespace quorin_command {
 
@@ -35,13 +26,6 @@ std::string unescaped(std::string_view text) {
     i += isEscape ? 2 : 0;
   }
   return plain;
-}
-
-/// What a file would have whose name nobody chose: the rights that the user gives new files.
-mode_t ordinaryMode() {
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return 0666 & ~mask;
 }
 
 }  // namespace
@@ -69,47 +53,6 @@ std::string pictureName(const std::string& uri) {
   const size_t ending = name.find_last_of('.');
   name = ending == 0 ? name : name.substr(0, ending);
   return name.empty() || name == "." || name == ".." ? "cover" : name;
-}
-
-NewFile::NewFile(std::string path, bool force) : path_(std::move(path)), force_(force) {
-  if (isStandardOutput()) {
-    return;
-  }
-  if (!force_ && isFile(path_)) {
-    error_ = EEXIST;
-    return;
-  }
-  temporary_ = path_ + ".XXXXXX";
-  descriptor_ = ::mkostemp(temporary_.data(), O_CLOEXEC);
-  error_ = descriptor_ < 0 ? errno : 0;
-}
-
-NewFile::~NewFile() {
-  if (descriptor_ >= 0) {
-    ::close(descriptor_);
-    ::unlink(temporary_.c_str());
-  }
-}
-
-void NewFile::write(std::string_view bytes) {
-  if (error_ == 0) {
-    error_ = writeAll(isStandardOutput() ? STDOUT_FILENO : descriptor_, bytes);
-  }
-}
-
-int NewFile::commit() {
-  if (error_ != 0 || isStandardOutput()) {
-    return error_;
-  }
-  const bool kept = ::fchmod(descriptor_, ordinaryMode()) == 0 && ::close(std::exchange(descriptor_, -1)) == 0;
-  // A link refuses to replace a file that has come there meanwhile, a renaming would not.
-  const bool named = kept && (force_ ? ::rename(temporary_.c_str(), path_.c_str()) == 0
-                                     : ::link(temporary_.c_str(), path_.c_str()) == 0);
-  error_ = named ? 0 : errno;
-  if (!named || !force_) {
-    ::unlink(temporary_.c_str());
-  }
-  return error_;
 }
 
 }  // namespace quorin_command
