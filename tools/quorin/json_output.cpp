@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "base64.h"
 #include "media_names.h"
 
 namespace quorin_command {
@@ -12,9 +13,6 @@ namespace quorin_command {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// Raised when a name of the record changes its meaning.
-constexpr int recordVersion = 1;
 
 template <typename Value>
 void addKnown(Json& object, const char* name, const std::optional<Value>& value) {
@@ -27,40 +25,6 @@ void addKnown(Json& object, const char* name, const std::string& text) {
   if (!text.empty()) {
     object[name] = text;
   }
-}
-
-const char* kindName(Kind kind) {
-  switch (kind) {
-    case Kind::Audio:
-      return "audio";
-    case Kind::Redirect:
-      return "redirect";
-    case Kind::Folder:
-      return "folder";
-    case Kind::Unknown:
-      return "unknown";
-    case Kind::Error:
-      break;
-  }
-  return "error";
-}
-
-/// RFC 4648, section 4.
-std::string base64(std::string_view bytes) {
-  static const char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  constexpr size_t group = 3;
-  std::string text;
-  for (size_t at = 0; at < bytes.size(); at += group) {
-    uint32_t bits = 0;
-    for (size_t i = 0; i < group; ++i) {
-      bits = bits << 8 | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
-    }
-    const size_t given = std::min(group, bytes.size() - at);
-    for (size_t i = 0; i <= group; ++i) {
-      text += i <= given ? digits[bits >> (18 - 6 * i) & 0x3f] : '=';
-    }
-  }
-  return text;
 }
 
 Json audioJson(const AudioRecord& audio) {
@@ -98,6 +62,22 @@ Json redirectJson(const RedirectRecord& redirect) {
 bool isUtf8(const std::string& text) { return utf8::is_valid(text.begin(), text.end()); }
 
 }  // namespace
+
+const char* kindName(Kind kind) {
+  switch (kind) {
+    case Kind::Audio:
+      return "audio";
+    case Kind::Redirect:
+      return "redirect";
+    case Kind::Folder:
+      return "folder";
+    case Kind::Unknown:
+      return "unknown";
+    case Kind::Error:
+      break;
+  }
+  return "error";
+}
 
 std::string uriInJson(const std::string& uri) { return isUtf8(uri) ? uri : base64(uri); }
 

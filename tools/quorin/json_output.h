@@ -6,6 +6,12 @@
 
 namespace quorin_command {
 
+/// Raised when a name of the record changes its meaning.
+constexpr int recordVersion = 1;
+
+/// What a kind is called in records.
+const char* kindName(Kind kind);
+
 /// A URI as a record tells it: as it is, or as base64 when it is no UTF-8.
 std::string uriInJson(const std::string& uri);
 

@@ -25,4 +25,15 @@ MediaName nameOf(zu::md::common::quorin::MediaType_t type) {
   return {nullptr, "audio", "audio"};
 }
 
+std::string formatInWords(const std::string& json) {
+  using namespace zu::md::common::quorin;
+  for (const MediaType_t type :
+       {MEDIA_TYPE_MP3, MEDIA_TYPE_LPCM, MEDIA_TYPE_WAV, MEDIA_TYPE_FLAC, MEDIA_TYPE_AAC_MPEG2, MEDIA_TYPE_AAC_MPEG4}) {
+    if (json == nameOf(type).json) {
+      return nameOf(type).inWords;
+    }
+  }
+  return json;
+}
+
 }  // namespace quorin_command

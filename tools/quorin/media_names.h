@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "quorin/info.h"
 
 namespace quorin_command {
@@ -12,5 +14,8 @@ struct MediaName {
 };
 
 MediaName nameOf(zu::md::common::quorin::MediaType_t type);
+
+/// What a format of a record is called in words; one that is not known here keeps its name.
+std::string formatInWords(const std::string& json);
 
 }  // namespace quorin_command
