@@ -8,7 +8,7 @@ import subprocess
 import pytest
 
 DOCUMENTS = pathlib.Path(os.environ["QUORIN_DOCUMENTS"]).absolute()
-COMMANDS = ["probe", "scan", "cover", "map", "play"]
+COMMANDS = ["probe", "scan", "cover", "map", "play", "report"]
 
 
 def run(*command, text=None):
@@ -17,7 +17,8 @@ def run(*command, text=None):
 
 def options_of(quorin, command):
     """The options that the help of a command tells."""
-    return set(re.findall(r"(?m)(?<![\w-])--?[a-z0][a-z-]*(?=[ ,])", quorin(command, "--help").out.split("Items:")[1]))
+    options = re.split(r"(?m)^(?:Items|Output):$", quorin(command, "--help").out, maxsplit=1)[1]
+    return set(re.findall(r"(?m)(?<![\w-])--?[a-z0][a-z-]*(?=[ ,])", options))
 
 
 def test_the_manual_page_is_sound_and_tells_everything(quorin):

@@ -53,6 +53,16 @@ const std::vector<CommandDefinition>& commandDefinitions() {
        "Ends quietly when the reader goes away.\n",
        {defineSources, defineRedirects, defineNetwork, defineTitles, defineMessages},
        1},
+      {Command::Report,
+       "report",
+       "-o FILE SCAN",
+       "make a page for the browser from records",
+       "Makes one HTML page from what --json has written to SCAN ('-': standard input): the\n"
+       "totals, how formats, lengths and bit rates are spread, what took longest and cost\n"
+       "most, what failed and why, and a list to search and sort. The page needs no network.\n"
+       "A line that is no record is told, left out, and counts like an item that failed.\n",
+       {defineOutputFile, defineForce},
+       1},
   };
   return definitions;
 }
@@ -64,6 +74,10 @@ const CommandDefinition* commandNamed(std::string_view name) {
     }
   }
   return nullptr;
+}
+
+bool takesItems(const CommandDefinition& command) {
+  return std::find(command.groups.begin(), command.groups.end(), defineSources) != command.groups.end();
 }
 
 void define(const CommandDefinition& command, CLI::App& app, Given& given) {

@@ -25,6 +25,9 @@ const std::vector<CommandDefinition>& commandDefinitions();
 /// Null when no command is called so.
 const CommandDefinition* commandNamed(std::string_view name);
 
+/// Whether the operands are items: only then there are options about where items come from.
+bool takesItems(const CommandDefinition& command);
+
 /// Defines the options of a command.
 void define(const CommandDefinition& command, CLI::App& app, Given& given);
 

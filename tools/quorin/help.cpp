@@ -72,7 +72,8 @@ const std::vector<ExitStatusMeaning>& exitStatusMeanings() {
 }
 
 std::string helpText(const CommandDefinition& command) {
-  return "Usage: " + usageLine(command) + "\n\n" + command.text + '\n' + aboutItems() +
+  return "Usage: " + usageLine(command) + "\n\n" + command.text +
+         (takesItems(command) ? std::string("\n") + aboutItems() : std::string()) +
          (mayBeLeftOut(command) ? otherCommands() : std::string()) + optionsOf(command) + exitStatusText();
 }
 

@@ -12,6 +12,7 @@
 #include "output.h"
 #include "play.h"
 #include "probe.h"
+#include "report.h"
 #include "scan.h"
 #include "talk.h"
 
@@ -35,6 +36,8 @@ int runCommand(const Options& options) {
       return map(options);
     case Command::Play:
       return play(options);
+    case Command::Report:
+      return report(options);
   }
   return EXIT_OUTPUT;
 }

@@ -135,10 +135,10 @@ std::string unknownOption(const CLI::App& every, const CLI::App& taken, const Co
 std::string whatDoesNotFit(const Options& options, const CommandDefinition& command) {
   const bool isCover = options.command == Command::Cover;
   if (options.words.empty() && options.filesFrom.empty()) {
-    return "no item is given";
+    return takesItems(command) ? "no item is given" : "no scan is given";
   }
   if (command.mostOperands != 0 && options.words.size() > command.mostOperands) {
-    return fmt::format("'{}' takes one item", command.name);
+    return fmt::format("'{}' takes one {}", command.name, takesItems(command) ? "item" : "scan");
   }
   if (options.nulSeparated && options.filesFrom.empty()) {
     return "-0 needs --files-from";
@@ -154,6 +154,9 @@ std::string whatDoesNotFit(const Options& options, const CommandDefinition& comm
   }
   if (options.command == Command::Map && options.force && options.svgFile.empty()) {
     return "--force needs --svg";
+  }
+  if (options.command == Command::Report && options.outputFile.empty()) {
+    return "'report' needs -o";
   }
   return std::string();
 }

@@ -17,7 +17,7 @@ struct Medium {
   std::string directory;
 };
 
-enum class Command { Probe, Scan, Cover, Map, Play };
+enum class Command { Probe, Scan, Cover, Map, Play, Report };
 
 /// When progress is shown.
 enum class ProgressWish { Auto, Always, Never };
