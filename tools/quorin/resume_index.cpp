@@ -2,11 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "json_output.h"
+#include "scan_lines.h"
 #include "talk.h"
 
 namespace quorin_command {
@@ -25,17 +24,13 @@ uint64_t hashed(const std::string& text, uint64_t start) {
 }  // namespace
 
 std::string ResumeIndex::read(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
-    return fmt::format("{}: {}", path, reasonOf(errno));
-  }
-  std::string line;
-  for (unsigned long long number = 1; std::getline(file, line); ++number) {
-    if (!add(line) && !file.eof()) {
-      return fmt::format("{}:{}: not a record of quorin", path, number);
+  ScanLines lines(path);
+  for (std::string line; lines.next(line);) {
+    if (!add(line) && lines.isEnded()) {
+      return fmt::format("{}:{}: not a record of quorin", path, lines.number());
     }
   }
-  return file.bad() ? fmt::format("{}: {}", path, reasonOf(errno)) : std::string();
+  return lines.error() != 0 ? fmt::format("{}: {}", path, reasonOf(lines.error())) : std::string();
 }
 
 bool ResumeIndex::add(const std::string& line) {

@@ -19,6 +19,7 @@ bool ScanLines::next(std::string& line) {
       }
     }
   }
+  ended_ = c == '\n';
   if (file_ && std::ferror(file_.get()) != 0) {
     error_ = errno;
     return false;

@@ -17,6 +17,7 @@ class ScanLines {
   bool next(std::string& line);
 
   unsigned long long number() const { return number_; }  ///< of the line last taken, from 1 on
+  bool isEnded() const { return ended_; }                ///< whether that line had a line end
   int error() const { return error_; }                   ///< 0, or the errno of the failure
 
   /// A record holds a few paths and addresses. Without a limit, a device without line ends would take all memory.
@@ -25,6 +26,7 @@ class ScanLines {
  private:
   std::unique_ptr<FILE, int (*)(FILE*)> file_;
   unsigned long long number_ = 0;
+  bool ended_ = false;
   int error_ = 0;
 };
 
