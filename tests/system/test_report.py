@@ -378,6 +378,13 @@ def test_the_slowest_and_the_costliest(library):
         assert names == [path_of(LIBRARY[n]).rpartition("/")[2] for n in expected]
 
 
+def test_times_have_units_that_tell_something(open_report):
+    cost = {"bytes": 1, "reads": 1, "requests": 0}
+    times = (3, 999, 1000, 999999, 2500000)
+    page = open_report(*[scans.record(f"/{us}", cost={**cost, "elapsed_us": us}) for us in times])
+    assert [cell.text for cell in page.all("#slowest tbody td")] == ["2.5 s", "1000 ms", "1.0 ms", "999 µs", "3 µs"]
+
+
 NUMBERS = {
     "Length": lambda record: (lambda length: length and (length["seconds"], length["microseconds"] // 1000))(
         record.get("audio", {}).get("duration")),

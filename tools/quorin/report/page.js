@@ -46,7 +46,7 @@ function playingTime(milliseconds) {
   return (hours > 0 ? hours + ':' + two(minutes) : minutes) + ':' + two(whole % 60);
 }
 
-const elapsedTime = (us) => us < 1e6 ? rounded(us / 1e3) + ' ms' : rounded(us / 1e6) + ' s';
+const elapsedTime = (us) => us < 1e3 ? us + ' µs' : us < 1e6 ? rounded(us / 1e3) + ' ms' : rounded(us / 1e6) + ' s';
 const channelCount = (channels) => ['', 'mono', 'stereo'][channels] || channels + ' channels';
 const covers = (row) => (data.covers[row] > 1 ? data.covers[row] + ': ' : '') + byteCount(data.coverBytes[row]);
 
