@@ -335,7 +335,7 @@ def at_terminal(tree_folder, *arguments):
 
 def test_progress_at_a_terminal_is_a_line_that_goes_away(tree, tmp_path):
     text = at_terminal(tmp_path)
-    assert re.search(r"\r\x1b\[K2 done, \d+/s  music/a/2\.mp3", text)
+    assert re.search(r"\r\x1b\[K2 done, \d+/s  music/a/[12]\.mp3", text)
     assert text.split("\r\x1b[K")[-1].startswith("quorin: 5 items")
 
 
@@ -356,6 +356,20 @@ def test_a_terminal_gets_a_table(quorin, tree):
     assert len(lines) == 7
     assert lines[1].startswith("MP3 ") and lines[1].endswith("music/.hidden.mp3")
     assert quorin.at_terminal("scan", "--json", "music/a").startswith('{"v":1,')
+
+
+def test_complaints_and_rows_come_in_their_order(tree, tmp_path):
+    try:
+        master, slave = pty.openpty()
+    except OSError as error:
+        pytest.skip(f"this machine hands out no pseudo terminal: {error}")
+    subprocess.run([COMMAND, "scan", "--ordered", "music/a", "missing", "music/b/4.mp3"], cwd=tmp_path, stdout=slave,
+                   stderr=slave, stdin=subprocess.DEVNULL, env=clean_environment(NO_COLOR="1"), timeout=TIME_LIMIT)
+    os.close(slave)
+    lines = os.read(master, 65536).decode().replace("\r\n", "\n").splitlines()
+    os.close(master)
+    assert [line.split()[-1].split("/")[-1] for line in lines[1:6]] == [
+        "1.mp3", "2.mp3", "directory", "missing", "4.mp3"]
 
 
 # The options

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "complaint.h"
 #include "file_walk.h"
@@ -106,8 +107,7 @@ class Scan {
     std::string lines = json ? std::string() : tableHead(terminal_);
     for (std::vector<ScanPool::Result> results; pool.take(results, patience);) {
       for (const ScanPool::Result& result : results) {
-        tell(result.record);
-        lines += result.text;
+        tell(result, lines);
       }
       write(lines);
       lines.clear();
@@ -119,13 +119,16 @@ class Scan {
   const ScanSummary& summary() const { return summary_; }
 
  private:
-  void tell(const Record& record) {
-    summary_.count(record);
-    current_ = record.name;
-    if (record.kind == Kind::Error && !options_.quiet) {
+  /// @param lines what is to be written; the result's is added
+  void tell(const ScanPool::Result& result, std::string& lines) {
+    summary_.count(result.record);
+    current_ = result.record.name;
+    if (result.record.kind == Kind::Error && !options_.quiet) {
+      write(std::exchange(lines, {}));  // at a terminal both come to the same place, and in their order
       progress_.hide();
-      complainAbout(record);
+      complainAbout(result.record);
     }
+    lines += result.text;
   }
 
   void write(const std::string& lines) {
