@@ -50,7 +50,7 @@ class Result:
 
 
 class Quorin:
-    """The command, run in a folder."""
+    """The command, run in a folder. Every record that it writes is checked against the schema."""
 
     def __init__(self, folder):
         self.folder = folder
@@ -68,15 +68,14 @@ class Quorin:
             **how,
         )
         out = (process.stdout or b"").decode("utf-8", "surrogateescape")
+        for line in out.splitlines():
+            if line.startswith('{"v":'):
+                VALIDATOR.validate(json.loads(line))
         return Result(process.returncode, out, process.stderr.decode("utf-8", "surrogateescape"))
 
     def records(self, *arguments, **how):
-        """The records of the items; each is checked against the schema."""
-        lines = self("--json", *arguments, **how).out.splitlines()
-        records = [json.loads(line) for line in lines]
-        for record in records:
-            VALIDATOR.validate(record)
-        return records
+        """The records of the items."""
+        return [json.loads(line) for line in self("--json", *arguments, **how).out.splitlines()]
 
     def record(self, *arguments, **how):
         (record,) = self.records(*arguments, **how)
