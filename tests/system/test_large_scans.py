@@ -106,7 +106,7 @@ esac
 echo "$1" >> {tmp_path}/logins
 shift
 [ "$1" = -- ] && shift
-exec nsenter --net=/proc/$pid/ns/net sh -c "$*"
+exec nsenter --net=/proc/$pid/ns/net env SHELL=/bin/sh sh -c "$*"
 """)
     ssh.chmod(0o755)
     yield ssh
