@@ -34,7 +34,7 @@ def error(name, message):
     return {"code": -1, "error": {"name": name, "message": message}}
 
 
-def library(count):
+def collection(count):
     """A music library of `count` items, some of which failed."""
     dice = random.Random(7)
     records = []

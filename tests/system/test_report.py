@@ -49,7 +49,7 @@ def test_the_help_tells_nothing_of_items(quorin):
 
 
 def test_a_page_is_written(quorin, scan, tmp_path):
-    result = quorin("report", scan(*scans.library(20)), "-o", "r.html")
+    result = quorin("report", scan(*scans.collection(20)), "-o", "r.html")
     assert (result.code, result.out, result.err) == (0, "", "")
     assert (tmp_path / "r.html").read_text().startswith("<!DOCTYPE html>\n")
     assert sorted(path.name for path in tmp_path.iterdir()) == ["r.html", "scan.ndjson"]
@@ -73,7 +73,7 @@ def test_failed_items_are_no_failure_of_the_report(quorin, scan):
 
 
 def test_standard_input_and_output(quorin, scan, tmp_path):
-    name = scan(*scans.library(20), name="standard input")
+    name = scan(*scans.collection(20), name="standard input")
     assert quorin("report", name, "-o", "r.html").code == 0
     result = quorin("report", "-", "-o", "-", text=(tmp_path / name).read_bytes())
     assert (result.code, result.err) == (0, "")
@@ -177,7 +177,7 @@ def test_records_at_the_limits(quorin, scan, tmp_path):
 
 
 def test_the_records_of_these_tests_are_sound():
-    for made in scans.library(300):
+    for made in scans.collection(300):
         VALIDATOR.validate({name: value for name, value in made.items() if name != "file"})
 
 
@@ -291,7 +291,7 @@ def open_report(browser, quorin, scan, tmp_path):
     return open_it
 
 
-LIBRARY = scans.library(5000)
+LIBRARY = scans.collection(5000)
 
 
 @pytest.fixture(scope="module")
