@@ -68,14 +68,14 @@ class Quorin:
             **how,
         )
         out = (process.stdout or b"").decode("utf-8", "surrogateescape")
-        for line in out.splitlines():
+        for line in out.split("\n"):  # a name may hold what str.splitlines takes for a line end
             if line.startswith('{"v":'):
                 VALIDATOR.validate(json.loads(line))
         return Result(process.returncode, out, process.stderr.decode("utf-8", "surrogateescape"))
 
     def records(self, *arguments, **how):
         """The records of the items."""
-        return [json.loads(line) for line in self("--json", *arguments, **how).out.splitlines()]
+        return [json.loads(line) for line in self("--json", *arguments, **how).out.split("\n") if line]
 
     def record(self, *arguments, **how):
         (record,) = self.records(*arguments, **how)
