@@ -162,6 +162,13 @@ def test_the_network_leads_to_nothing_local_unless_allowed(quorin, nginx, album,
     assert (record["kind"], record["uri"]) == ("audio" if target.endswith("mp3") else "folder", target)
 
 
+@pytest.mark.parametrize("options", [(), ("--allow-local",)])
+def test_a_target_that_is_no_url_is_no_path_either(quorin, nginx, tmp_path, plain_mp3, options):
+    (tmp_path / "a\x01.mp3").write_bytes(plain_mp3)
+    url = nginx.serve("odd", f"[Reference]\nRef1={tmp_path}/a\x01.mp3\n", "audio/mpegurl")
+    assert quorin.record("-f9", *options, url)["error"]["name"] == "not_found"
+
+
 def test_a_path_is_one_of_the_server(quorin, nginx, album):
     url = nginx.go(f"{album}/01 Opening.mp3")
     assert quorin.record("-f9", url)["error"]["name"] == "not_found"

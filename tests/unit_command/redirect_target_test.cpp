@@ -49,13 +49,18 @@ TEST(RedirectTarget, KeepsServerPortAndWhoIsAsking) {
 
 TEST(RedirectTarget, IsRepairedWhenItIsRelative) {
   EXPECT_EQ(resolved("http://a/b/", "my song.mp3"), "http://a/b/my%20song.mp3");
-  EXPECT_EQ(resolved("http://a/b/", "\xe4|.mp3"), "http://a/b/%e4%7C.mp3");
+  EXPECT_EQ(resolved("http://a/b/", "\xe4|.mp3"), "http://a/b/%E4%7C.mp3");
 }
 
-TEST(RedirectTarget, OfWhatIsNoUrlStaysAsItIs) {
-  EXPECT_EQ(resolved("/music/list.m3u", "song.mp3"), "song.mp3");
-  EXPECT_EQ(resolved("http://h:99999/list.m3u", "song.mp3"), "song.mp3");
+TEST(RedirectTarget, OfAServerIsNeverAPathOfThisMachine) {
+  EXPECT_EQ(resolved("http://h/a", "/etc/a\x01"), "http://h/etc/a%01");
+  for (const char* const target : {"//h:x/a", "//[/a", "//h h/a"}) {
+    EXPECT_FALSE(isLocal(resolved("http://h/a", target))) << target;
+  }
+  EXPECT_EQ(resolved("http://h:99999/list.m3u", "/etc/a"), "http:/etc/a");
 }
+
+TEST(RedirectTarget, OfAPathStaysAsItIs) { EXPECT_EQ(resolved("/music/list.m3u", "song.mp3"), "song.mp3"); }
 
 TEST(RedirectTarget, IsLocalWhenItIsAPathAFileOrOnAMedium) {
   for (const char* const uri : {"/music/a.mp3", "a.mp3", "file:/a", "FILE:///a", "vdr2://CARD/a", "Vdr2:a", ""}) {

@@ -39,16 +39,24 @@ std::string originOf(const std::string& uri) {
              : std::string();
 }
 
+/// A relative reference with everything escaped that may not stand in one.
+std::string escaped(const std::string& reference) {
+  const std::string before = "http://host/";
+  return reference.empty() ? reference : md::urlPatch(before + reference).substr(before.size());
+}
+
 }  // namespace
 
 std::string resolved(const std::string& base, const std::string& target) {
-  const std::string reference = target.substr(0, target.find('#'));
+  const std::string reference = escaped(target.substr(0, target.find('#')));
   if (reference.empty() || !schemeOf(target).empty()) {
     return reference.empty() ? base : target;
   }
+  const std::string_view scheme = schemeOf(base);
   const Url url = parsed(base);
   if (!url || curl_url_set(url.get(), CURLUPART_URL, reference.c_str(), CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK) {
-    return target;
+    // Whatever it means, it is no path of this machine when a server says it.
+    return scheme.empty() ? target : fmt::format("{}:{}", scheme, reference);
   }
   // Repaired at once, or the analysis would answer with one more redirect.
   return md::urlPatch(partOf(url, CURLUPART_URL));
