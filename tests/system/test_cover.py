@@ -107,6 +107,29 @@ def test_a_file_that_is_there_stays_unless_force_is_given(quorin, song, tmp_path
     assert (tmp_path / "c.jpg").read_bytes() == PICTURE
 
 
+def test_what_is_no_file_is_not_replaced(quorin, song, tmp_path):
+    song("a.mp3", PICTURE)
+    os.mkfifo(tmp_path / "pipe")
+    assert quorin("cover", "--force", "-o", "pipe", "a.mp3").complaints == [
+        "quorin: a.mp3: pipe: operation not supported"]
+    assert (tmp_path / "pipe").is_fifo()
+
+
+def test_no_picture_of_a_run_replaces_another(quorin, song, covers, tmp_path):
+    (tmp_path / "b").mkdir()
+    song("01.mp3", PICTURE)
+    song("b/01.mp3", PICTURE + b"x")
+    result = quorin("cover", "--force", "-d", "covers", "01.mp3", "b/01.mp3")
+    assert (result.code, result.out) == (1, "covers/01.jpg\n")
+    assert result.complaints == ["quorin: b/01.mp3: covers/01.jpg is already another item's picture"]
+    assert (covers / "01.jpg").read_bytes() == PICTURE
+
+
+def test_names_cannot_harm_a_terminal(quorin, song, covers):
+    song("a\x1b[31m.mp3", PICTURE)
+    assert "\x1b" not in quorin.at_terminal("cover", "-d", "covers", "a\x1b[31m.mp3")
+
+
 def test_a_link_that_leads_nowhere_is_there_too(quorin, song, tmp_path):
     song("a.mp3", PICTURE)
     (tmp_path / "c.jpg").symlink_to("elsewhere")
@@ -213,7 +236,7 @@ def test_a_server_without_ranges(quorin, nginx, plain_mp3, tmp_path):
     assert (tmp_path / "c.png").read_bytes() == PNG + bytes(200_000)
 
 
-@pytest.mark.parametrize("path, name", [("/a/%2e%2e", "cover"), ("/", "cover"), ("/a%2Fb.mp3", "a_b"), ("/.mp3", ".mp3"),
+@pytest.mark.parametrize("path, name", [("/a/%2e%2e", "cover"), ("/", "cover"), ("/a%2Fb.mp3", "a_b"), ("/.mp3", ".mp3"), ("/a%1b%5b31m.mp3", "a_[31m"),
                                         ("/%E4.x.mp3", "\udce4.x"), ("/100%25", "100%")])
 def test_what_a_picture_of_the_network_is_called(quorin, nginx, plain_mp3, covers, path, name):
     body = id3_tag(apic(GIF)) + plain_mp3
@@ -230,7 +253,7 @@ def test_what_a_picture_of_the_network_is_called(quorin, nginx, plain_mp3, cover
     (("a.mp3",), "'cover' needs one of -o and -d"),
     (("-o", "x", "-d", "y", "a.mp3"), "'cover' needs one of -o and -d"),
     (("-o", "x", "a.mp3", "b.mp3"), "-o is for a single item; -d takes several"),
-    (("-o", "x", "--files-from", "l"), "-o is for a single item; -d takes several"),
+    (("-o", "x", "--files-from", "-"), "-o is for a single item; -d takes several"),
     (("-o", "x", "--json", "a.mp3"), "'cover' takes no option --json"),
 ])
 def test_wrong_usage(quorin, arguments, cause):

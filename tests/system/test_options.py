@@ -172,8 +172,8 @@ def test_a_nul_separated_list_read_by_lines_is_not_cut(quorin, album):
 
 
 def test_a_missing_list(quorin):
-    result = quorin("--files-from", "nothing")
-    assert (result.code, result.complaints) == (2, ["quorin: nothing: no such file or directory"])
+    result = quorin("--files-from", "nothing", "noise.bin")
+    assert_usage_error(result, "--files-from: 'nothing': no such file or directory")
 
 
 def test_a_list_that_cannot_be_read(quorin, album):

@@ -15,6 +15,7 @@ import time
 import pytest
 
 from conftest import COMMAND, TIME_LIMIT, clean_environment
+from web_server import scripted_server
 
 WITHOUT_PRIVILEGES = ["setpriv", "--bounding-set=-dac_override,-dac_read_search"] if os.geteuid() == 0 else []
 
@@ -133,7 +134,7 @@ def test_a_folder_that_cannot_be_looked_into(quorin, tree, tmp_path):
     finally:
         (tmp_path / "music/a").chmod(0o755)
     assert result.code == 1
-    assert result.complaints[0] == f"quorin: music/a: the folder: permission denied"
+    assert result.complaints[0] == "quorin: music/a: permission denied"
     records = [json.loads(line) for line in result.out.splitlines()]
     assert uris(records) == [tree[0], f"{tmp_path}/music/a", *tree[3:]]
     assert records[1]["error"]["name"] == "permission_denied"
@@ -210,16 +211,48 @@ def test_failures_are_tried_again(quorin, tree, earlier):
 
 
 def test_a_last_line_that_was_cut_off_does_no_harm(quorin, tree, earlier):
-    earlier.write_text(earlier.read_text()[:-400])
-    assert uris(quorin.records("scan", "--resume", str(earlier), "music"))[-1:] == tree[-1:]
+    whole = earlier.read_text().splitlines(keepends=True)
+    earlier.write_text("".join(whole[:5]) + whole[5][:40])
+    for _ in range(2):
+        with open(earlier, "a") as out:
+            result = quorin("scan", "--resume", str(earlier), "music", stdout=out)
+        assert result.code == 0
+        assert result.complaints[0] == f"quorin: {earlier}:6: not a record of quorin, passed over"
+    lines = earlier.read_text().splitlines(keepends=True)
+    assert (len(lines), lines[5]) == (7, whole[5][:40] + "\n")
+    assert json.loads(lines[6])["uri"] == tree[5]
 
 
-@pytest.mark.parametrize("line", ["no record", "{}", "[1]", '{"kind":"audio","file":{"size":"x"}}'])
-def test_a_file_of_something_else_is_refused(quorin, tree, earlier, line):
+@pytest.mark.parametrize("line", ["no record", "{}", "[1]", '{"v":9,"kind":"audio"}',
+                                  '{"v":1,"kind":"audio","file":{"size":"x"}}'])
+def test_what_is_no_record_is_told_and_passed_over(quorin, tree, earlier, line):
     earlier.write_text(earlier.read_text() + line + "\n\n")
     result = quorin("scan", "--resume", str(earlier), "music")
+    assert (result.code, result.out) == (0, "")
+    assert result.complaints[0] == f"quorin: {earlier}:8: not a record of quorin, passed over"
+    earlier.write_text(line + "\n")
+    result = quorin("scan", "--resume", str(earlier), "music")
     assert (result.code, result.out) == (2, "")
-    assert result.complaints == [f"quorin: {earlier}:8: not a record of quorin"]
+    assert result.complaints[1:] == [f"quorin: {earlier}: no records of quorin"]
+
+
+def test_what_broke_while_it_was_read_is_a_failure(quorin):
+    answer = b"HTTP/1.1 200 OK\r\nContent-Length: 100000\r\nConnection: close\r\n\r\n" + bytes(100)
+    with scripted_server(answer, close=True) as url:
+        result = quorin("scan", url)
+    assert result.code == 3
+    assert result.complaints[0] == f"quorin: {url}: the connection ended before the item did"
+    assert result.complaints[2] == "  failed      1: the connection ended before the item did 1"
+
+
+def test_what_cannot_be_looked_at_is_a_failure(quorin, tree, tmp_path):
+    (tmp_path / "music/a").chmod(0o444)
+    try:
+        result = quorin("scan", "--ordered", "music/a", prefix=[*WITHOUT_PRIVILEGES])
+    finally:
+        (tmp_path / "music/a").chmod(0o755)
+    assert result.code == 3
+    assert result.complaints[:2] == [f"quorin: music/a/{n}.mp3: permission denied" for n in (1, 2)]
 
 
 def test_names_that_are_no_utf8_are_known_again(quorin, tmp_path, plain_mp3):

@@ -4,12 +4,15 @@
 
 #include <cerrno>
 #include <optional>
+#include <set>
 
 #include "byte_range.h"
+#include "display_text.h"
 #include "item_run.h"
 #include "new_file.h"
 #include "output.h"
 #include "picture_file.h"
+#include "terminal.h"
 
 namespace quorin_command {
 
@@ -36,7 +39,7 @@ std::string fileName(const Options& options, const Record& record, unsigned int 
 /// Copies the pictures of one run.
 class Copier {
  public:
-  explicit Copier(const Options& options) : options_(options) {}
+  explicit Copier(const Options& options) : options_(options), terminal_(standardOutput(options.color)) {}
 
   /// Copies the pictures of an item; if that cannot be done, the record says why.
   void copy(Strell* source, Record& record) {
@@ -66,7 +69,8 @@ class Copier {
     std::optional<NewFile> file;
     const auto write = [&](std::string_view bytes) {
       if (!file) {
-        file.emplace(fileName(options_, record, number, bytes), options_.force);
+        const std::string name = fileName(options_, record, number, bytes);
+        file.emplace(name, options_.force && ofThisRun_.count(name) == 0);
       }
       file->write(bytes);
     };
@@ -77,14 +81,22 @@ class Copier {
     }
     if (const int error = file->commit(); error != 0) {
       outputFailed_ = error != EEXIST;
+      if (ofThisRun_.count(file->path()) != 0) {
+        return nameIsTaken(file->path());
+      }
       return cannotWrite(file->path(), error);
     }
-    written_ += file->path() == "-" ? "" : file->path() + '\n';
+    if (file->path() != "-") {
+      written_ += (terminal_.width == 0 ? file->path() : displayable(file->path(), terminal_.utf8)) + '\n';
+      ofThisRun_.insert(file->path());
+    }
     return std::nullopt;
   }
 
   const Options& options_;
-  std::string written_;
+  const Terminal terminal_;
+  std::string written_;              ///< names of the files of the last item, a line each
+  std::set<std::string> ofThisRun_;  ///< what is written is never replaced by another item's
   bool outputFailed_ = false;
 };
 

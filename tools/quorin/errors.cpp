@@ -91,6 +91,10 @@ ItemError noPicture() { return {"no_picture", "no embedded picture"}; }
 
 ItemError severalPictures() { return {"several_pictures", "several embedded pictures do not go to standard output"}; }
 
+ItemError nameIsTaken(const std::string& path) {
+  return {"file_exists", fmt::format("{} is already another item's picture", path)};
+}
+
 ItemError cannotWrite(const std::string& path, int error) {
   const std::string file = path == "-" ? "standard output" : path;
   return error == EEXIST ? ItemError{"file_exists", fmt::format("{} is there already (--force replaces it)", file)}
@@ -103,9 +107,7 @@ ItemError emptyItem() { return {"empty", "empty"}; }
 
 ItemError nulInName() { return {"bad_uri", "the name holds a NUL byte (a NUL-separated list takes -0)"}; }
 
-ItemError unreadableFolder(int error) {
-  return {error == EACCES ? "permission_denied" : "io_error", "the folder: " + reasonOf(error)};
-}
+ItemError unreadable(int error) { return {error == EACCES ? "permission_denied" : "io_error", reasonOf(error)}; }
 
 ItemError internalError(const std::string& what) { return {"internal", "internal error: " + what}; }
 

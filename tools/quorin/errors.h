@@ -9,6 +9,8 @@ namespace quorin_command {
 struct ItemError {
   std::string name;     ///< for programs; one of a fixed set; docs/record.schema.json lists those of records
   std::string message;  ///< for people; begins in lower case and does not name the item
+
+  bool operator==(const ItemError& other) const { return name == other.name && message == other.message; }
 };
 
 /// The error of an item that could not be opened, or whose analysis ended early.
@@ -28,6 +30,7 @@ ItemError localTarget();
 /// Why nothing is copied or played from an item.
 ItemError noPicture();
 ItemError severalPictures();
+ItemError nameIsTaken(const std::string& path);
 ItemError cannotWrite(const std::string& path, int error);  ///< `error` is an errno
 
 ItemError notRecognised();
@@ -36,9 +39,9 @@ ItemError emptyItem();
 /// A name that holds a NUL would be cut there and name another item.
 ItemError nulInName();
 
-/// A folder of a scan.
+/// Something that a scan has found and cannot look at.
 /// @param error errno
-ItemError unreadableFolder(int error);
+ItemError unreadable(int error);
 
 /// Something in the command or the library that should not have happened.
 ItemError internalError(const std::string& what);

@@ -58,7 +58,11 @@ FileWalk::Step FileWalk::stepInFolder(FoundItem& item) {
   folder.names.pop_back();
   struct stat status = {};
   if (::stat(path.c_str(), &status) != 0) {
-    return Step::GoOn;  // a link to nowhere, or a file that has just gone
+    if (errno == ENOENT || errno == ELOOP) {
+      return Step::GoOn;  // a link to nowhere or to itself, or a file that has just gone
+    }
+    item = {path, std::nullopt, errno};
+    return Step::Item;
   }
   if (S_ISDIR(status.st_mode)) {
     return enter(path, status, item);

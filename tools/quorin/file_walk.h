@@ -13,11 +13,11 @@
 
 namespace quorin_command {
 
-/// Something to analyse, or a folder that cannot be looked into.
+/// Something to analyse, or something that cannot be looked at.
 struct FoundItem {
   std::string name;
   std::optional<FileStamp> file;  ///< of a regular file
-  int error = 0;                  ///< why a folder cannot be looked into, as errno
+  int error = 0;                  ///< why it cannot be looked at, as errno
 };
 
 /// Walks folders, one at a time and in the order of their names' bytes. A folder is looked into once, however many

@@ -33,7 +33,12 @@ NewFile::NewFile(std::string path, bool force) : path_(std::move(path)), force_(
     error_ = EEXIST;
     return;
   }
-  temporary_ = path_ + ".XXXXXX";
+  struct stat status = {};
+  if (::stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    error_ = ENOTSUP;  // a device or a pipe is not to be replaced by a file
+    return;
+  }
+  temporary_ = path_.substr(0, path_.find_last_of('/') + 1) + ".quorin.XXXXXX";
   descriptor_ = ::mkostemp(temporary_.data(), O_CLOEXEC);
   error_ = descriptor_ < 0 ? errno : 0;
 }

@@ -16,6 +16,10 @@ namespace {
 /// Longest time limit, in seconds, that can be asked for: the host platform takes no longer one.
 constexpr double longestTimeLimit = 1e6;
 
+std::string whyUnreadable(const std::string& path) {
+  return ::access(path.c_str(), R_OK) == 0 ? std::string() : fmt::format("'{}': {}", path, reasonOf(errno));
+}
+
 }  // namespace
 
 const CLI::Validator isTimeLimit(
@@ -30,11 +34,10 @@ const CLI::Validator isTimeLimit(
     },
     "", "time limit");
 
-const CLI::Validator isReadable(
-    [](const std::string& path) {
-      return ::access(path.c_str(), R_OK) == 0 ? std::string() : fmt::format("'{}': {}", path, reasonOf(errno));
-    },
-    "", "readable file");
+const CLI::Validator isReadable(whyUnreadable, "", "readable file");
+
+const CLI::Validator isReadableOrStandardInput(
+    [](const std::string& path) { return path == "-" ? std::string() : whyUnreadable(path); }, "", "readable file");
 
 const CLI::Validator isOneLine(
     [](const std::string& text) {

@@ -13,6 +13,9 @@ extern const CLI::Validator isTimeLimit;
 /// The path of something that can be read.
 extern const CLI::Validator isReadable;
 
+/// The same, or "-".
+extern const CLI::Validator isReadableOrStandardInput;
+
 /// A text that may travel in a request: a line end in it would begin a header line of its own.
 extern const CLI::Validator isOneLine;
 

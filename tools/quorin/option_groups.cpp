@@ -49,6 +49,7 @@ void defineItemList(CLI::App& app, Given& given) {
   app.add_option("--files-from", given.options.filesFrom,
                  "read more items from FILE ('-': standard input), one per line")
       ->type_name("FILE")
+      ->check(isReadableOrStandardInput)
       ->group(group);
   app.add_flag("-0", given.options.nulSeparated, "the names in that list end with a NUL byte, not with the line")
       ->group(group);

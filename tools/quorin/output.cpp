@@ -1,6 +1,7 @@
 #include "output.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -39,6 +40,9 @@ int writeAll(int descriptor, std::string_view bytes) {
     const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
     if (written >= 0) {
       bytes.remove_prefix(static_cast<size_t>(written));
+    } else if (errno == EAGAIN) {
+      struct pollfd writable = {descriptor, POLLOUT, 0};  // somebody else who has the stream made it non-blocking
+      static_cast<void>(::poll(&writable, 1, -1));
     } else if (errno != EINTR) {
       return errno;
     }

@@ -45,7 +45,8 @@ std::string pictureName(const std::string& uri) {
   if (isHttp(schemeOf(uri))) {
     name = name.substr(0, name.find_first_of("?#"));
     name = unescaped(name.substr(name.find_last_of('/') + 1));
-    std::replace(name.begin(), name.end(), '/', '_');
+    const auto mayNotStand = [](char c) { return c == '/' || static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
+    std::replace_if(name.begin(), name.end(), mayNotStand, '_');
   } else {
     name = name.substr(name.find_last_of('/') + 1);
   }

@@ -4,6 +4,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "display_text.h"
 #include "output.h"
 #include "terminal.h"
@@ -68,17 +70,18 @@ void Progress::hide() {
 std::string Progress::text(const State& state) const {
   const double seconds = std::chrono::duration<double>(Clock::now() - start_).count();
   const double rate = static_cast<double>(state.done) / seconds;
-  std::string line = state.allFound ? fmt::format("{} of {}", number(state.done), number(state.found))
+  const unsigned long long found = std::max(state.found, state.done);  // files may come while others are looked at
+  std::string line = state.allFound ? fmt::format("{} of {}", number(state.done), number(found))
                                     : fmt::format("{} done", number(state.done));
   if (!state.allFound && state.found > 0) {
     line += fmt::format(", found {}", number(state.found));
   }
   if (state.allFound && state.found > 0) {
-    line += fmt::format(" ({} %)", state.done * 100 / state.found);
+    line += fmt::format(" ({} %)", state.done * 100 / found);
   }
   line += fmt::format(", {}/s", number(static_cast<unsigned long long>(rate)));
   if (state.allFound && rate > 0 && seconds > secondsUntilRate) {
-    const auto left = static_cast<long long>(static_cast<double>(state.found - state.done) / rate);
+    const auto left = static_cast<long long>(static_cast<double>(found - state.done) / rate);
     line += fmt::format(", {}:{:02} left", left / 60, left % 60);
   }
   return state.failed == 0 ? line : line + fmt::format(", {} failed", number(state.failed));

@@ -2,6 +2,7 @@
 
 #include <boost/pointer_cast.hpp>
 
+#include "errors.h"
 #include "quorin/mime_types.h"
 #include "redirect_target.h"
 
@@ -71,6 +72,12 @@ void describe(const library::AnalyzeResult* result, Record& record) {
   } else {
     record.kind = info.mimeType == library::MimeTypes::ApplicationFolder ? Kind::Folder : Kind::Unknown;
   }
+}
+
+bool hasFailed(const Record& record) {
+  const bool isMerelyUnknown = record.kind == Kind::Unknown && record.error &&
+                               (*record.error == notRecognised() || *record.error == emptyItem());
+  return record.error && !isMerelyUnknown;
 }
 
 std::vector<std::string> chainOf(const Record& record) {

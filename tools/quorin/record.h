@@ -71,6 +71,10 @@ struct Record {
 /// @param result may be empty, as may be what is in it
 void describe(const library::AnalyzeResult* result, Record& record);
 
+/// Whether something went wrong with an item, be it that it was opened and then broke. What is merely not recognised is
+/// no failure.
+bool hasFailed(const Record& record);
+
 /// The URIs of an item from the one that was named to the one where its redirects end, also when the last step was
 /// refused. Empty when there are no redirects.
 std::vector<std::string> chainOf(const Record& record);

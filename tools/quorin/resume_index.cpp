@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "errors.h"
 #include "json_output.h"
 #include "scan_lines.h"
 #include "talk.h"
@@ -25,23 +26,36 @@ uint64_t hashed(const std::string& text, uint64_t start) {
 
 std::string ResumeIndex::read(const std::string& path) {
   ScanLines lines(path);
+  bool hasRecords = false;
+  bool hasOthers = false;
   for (std::string line; lines.next(line);) {
-    if (!add(line) && lines.isEnded()) {
-      return fmt::format("{}:{}: not a record of quorin", path, lines.number());
+    const bool isRecord = add(line);
+    hasRecords |= isRecord;
+    hasOthers |= !isRecord && lines.isEnded();
+    endsInALine_ = lines.isEnded();
+    if (!isRecord) {
+      complain(fmt::format("{}:{}", path, lines.number()), "not a record of quorin, passed over");
     }
   }
-  return lines.error() != 0 ? fmt::format("{}: {}", path, reasonOf(lines.error())) : std::string();
+  if (lines.error() != 0) {
+    return fmt::format("{}: {}", path, reasonOf(lines.error()));
+  }
+  return hasOthers && !hasRecords ? fmt::format("{}: no records of quorin", path) : std::string();
 }
 
 bool ResumeIndex::add(const std::string& line) {
   const auto json = nlohmann::json::parse(line, nullptr, false);
-  if (!json.is_object() || !json.contains("kind")) {
+  if (!json.is_object() || !json.contains("kind") || !json.contains("v") || json["v"] != recordVersion) {
     return false;
   }
-  if (json["kind"] == "error" || !json.contains("file")) {
+  if (!json.contains("file")) {
     return true;
   }
   try {
+    if (json.contains("error") && json["error"].at("name") != notRecognised().name &&
+        json["error"].at("name") != emptyItem().name) {
+      return true;
+    }
     const auto& mtime = json["file"].at("mtime");
     const FileStamp stamp{json["file"].at("size"), mtime.at("seconds"), mtime.at("nanoseconds")};
     keys_.insert(

@@ -11,9 +11,13 @@ namespace quorin_command {
 /// Which files the records of an earlier scan tell already.
 class ResumeIndex {
  public:
-  /// Reads records. A last line that was cut off is passed over, as are records of failures: those are tried again.
+  /// Reads records. What is none is passed over and told, as is a last line that was cut off; records of failures do
+  /// not count: those are tried again.
   /// @return what is wrong with the file, if anything
   std::string read(const std::string& path);
+
+  /// Whether the last line was whole. If not, nothing may be written behind it.
+  bool endsInALine() const { return endsInALine_; }
 
   /// Whether a file is told with the very size and time of modification that it has.
   bool tells(const std::string& uri, const FileStamp& file) const;
@@ -33,6 +37,7 @@ class ResumeIndex {
   bool add(const std::string& line);
 
   std::unordered_set<Key, Hash> keys_;
+  bool endsInALine_ = true;
 };
 
 }  // namespace quorin_command

@@ -1,5 +1,6 @@
 #include "scan.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -91,6 +92,14 @@ class Finder {
   std::atomic<unsigned long long> unchanged_{0};
 };
 
+/// Whether standard output is this very file, as in "--resume F >> F".
+bool isStandardOutput(const std::string& path) {
+  struct stat file = {};
+  struct stat out = {};
+  return ::stat(path.c_str(), &file) == 0 && ::fstat(STDOUT_FILENO, &out) == 0 && file.st_dev == out.st_dev &&
+         file.st_ino == out.st_ino;
+}
+
 class Scan {
  public:
   explicit Scan(const Options& options)
@@ -123,7 +132,7 @@ class Scan {
   void tell(const ScanPool::Result& result, std::string& lines) {
     summary_.count(result.record);
     current_ = result.record.name;
-    if (result.record.kind == Kind::Error && !options_.quiet) {
+    if (hasFailed(result.record) && !options_.quiet) {
       write(std::exchange(lines, {}));  // at a terminal both come to the same place, and in their order
       progress_.hide();
       complainAbout(result.record);
@@ -163,6 +172,9 @@ int scan(const Options& options) {
   if (const std::string wrong = options.resume.empty() ? "" : told.read(options.resume); !wrong.empty()) {
     complain(wrong);
     return EXIT_USAGE;
+  }
+  if (!told.endsInALine() && isStandardOutput(options.resume) && !writeData("\n")) {
+    return EXIT_OUTPUT;
   }
   Finder finder(options, told);
   Scan scan(options);

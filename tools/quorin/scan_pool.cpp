@@ -11,12 +11,12 @@ namespace quorin_command {
 
 namespace {
 
-/// The record of a folder that cannot be looked into.
-Record recordOf(const FoundItem& folder) {
+/// The record of what cannot be looked at.
+Record recordOf(const FoundItem& found) {
   Record record;
-  record.name = folder.name;
-  record.uri = uriOf(folder.name);
-  record.error = unreadableFolder(folder.error);
+  record.name = found.name;
+  record.uri = uriOf(found.name);
+  record.error = unreadable(found.error);
   return record;
 }
 

@@ -37,12 +37,12 @@ std::string matter(const char* label, unsigned long long count, const std::strin
 
 void ScanSummary::count(const Record& record) {
   ++items_;
-  ++kinds_[record.kind];
+  ++kinds_[hasFailed(record) ? Kind::Error : record.kind];
   bytes_ += record.cost.bytes;
   if (record.audio) {
     ++formats_[nameOf(record.audio->mediaType.value_or(library::MEDIA_TYPE_NONE)).brief];
   }
-  if (record.kind == Kind::Error) {
+  if (hasFailed(record)) {
     ++failed_;
     ++causes_[record.error->message];
   }
