@@ -1,4 +1,4 @@
-#include "base64.h"
+#include "output/base64.h"
 
 #include <gtest/gtest.h>
 

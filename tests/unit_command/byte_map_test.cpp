@@ -1,11 +1,11 @@
-#include "byte_map.h"
+#include "map/byte_map.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <numeric>
 
-#include "map_words.h"
+#include "map/map_words.h"
 #include "sample_records.h"
 
 namespace quorin_command {

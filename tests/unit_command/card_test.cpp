@@ -1,4 +1,4 @@
-#include "card.h"
+#include "probe/card.h"
 
 #include <gtest/gtest.h>
 

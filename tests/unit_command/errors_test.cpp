@@ -1,4 +1,4 @@
-#include "errors.h"
+#include "item/errors.h"
 
 #include <gtest/gtest.h>
 

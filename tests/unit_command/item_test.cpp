@@ -1,4 +1,4 @@
-#include "item.h"
+#include "item/item.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "map_svg.h"
+#include "map/map_svg.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "map_text.h"
+#include "map/map_text.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "display_text.h"
+#include "output/display_text.h"
 #include "sample_maps.h"
 
 namespace quorin_command {

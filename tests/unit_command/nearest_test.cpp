@@ -1,4 +1,4 @@
-#include "nearest.h"
+#include "command_line/nearest.h"
 
 #include <gtest/gtest.h>
 

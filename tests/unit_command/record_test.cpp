@@ -1,4 +1,4 @@
-#include "record.h"
+#include "item/record.h"
 
 #include <gtest/gtest.h>
 

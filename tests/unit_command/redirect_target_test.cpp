@@ -1,4 +1,4 @@
-#include "redirect_target.h"
+#include "item/redirect_target.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "byte_map.h"
+#include "map/byte_map.h"
 #include "sample_records.h"
 
 namespace quorin_command {

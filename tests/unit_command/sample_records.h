@@ -1,6 +1,6 @@
 #pragma once
 
-#include "record.h"
+#include "item/record.h"
 
 namespace quorin_command {
 

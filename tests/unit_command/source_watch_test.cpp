@@ -1,4 +1,4 @@
-#include "source_watch.h"
+#include "item/source_watch.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "spans.h"
+#include "map/spans.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "table.h"
+#include "probe/table.h"
 
 #include <gtest/gtest.h>
 
-#include "display_text.h"
+#include "output/display_text.h"
 #include "sample_records.h"
 
 namespace quorin_command {

@@ -4,17 +4,17 @@
 #include <variant>
 #include <vector>
 
-#include "cover.h"
-#include "exit_codes.h"
-#include "library_setup.h"
-#include "map.h"
-#include "options.h"
-#include "output.h"
-#include "play.h"
-#include "probe.h"
-#include "report.h"
-#include "scan.h"
-#include "talk.h"
+#include "command_line/exit_codes.h"
+#include "command_line/options.h"
+#include "cover/cover.h"
+#include "item/library_setup.h"
+#include "map/map.h"
+#include "output/output.h"
+#include "output/talk.h"
+#include "play/play.h"
+#include "probe/probe.h"
+#include "report/report.h"
+#include "scan/scan.h"
 
 namespace {
 

@@ -8,4 +8,4 @@ foreach(part IN ITEMS Html Css Js)
   string(APPEND parts "const PagePart page${part} = {R\"~part~(${text})~part~\", \"${sha256}\"};\n")
 endforeach()
 file(WRITE "${OUTPUT}"
-  "#include \"report_parts.h\"\n\nnamespace quorin_command {\n\n${parts}\n}  // namespace quorin_command\n")
+  "#include \"report/report_parts.h\"\n\nnamespace quorin_command {\n\n${parts}\n}  // namespace quorin_command\n")

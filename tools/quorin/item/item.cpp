@@ -1,0 +1,63 @@
+#include "item/item.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace quorin_command {
+
+namespace {
+
+bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+bool isSchemeCharacter(char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.'; }
+
+/// "./" in front of a name only says that it is one.
+std::string_view withoutLeadingDots(std::string_view path) {
+  while (path.substr(0, 2) == "./") {
+    path.remove_prefix(std::min(path.find_first_not_of('/', 1), path.size()));
+  }
+  return path;
+}
+
+std::string absolutePath(const std::string& path) {
+  if (path.empty() || path.front() == '/') {
+    return path;
+  }
+  std::error_code error;
+  const std::filesystem::path folder = std::filesystem::current_path(error);
+  // Where the working folder is gone, the name alone is as good as any other.
+  return error ? path : (folder / withoutLeadingDots(path)).string();
+}
+
+}  // namespace
+
+std::string_view schemeOf(std::string_view text) {
+  const auto end = static_cast<size_t>(std::find_if_not(text.begin(), text.end(), isSchemeCharacter) - text.begin());
+  const bool isScheme = end > 0 && end < text.size() && text[end] == ':' && isLetter(text.front());
+  return isScheme ? text.substr(0, end) : std::string_view();
+}
+
+std::string lowered(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return isLetter(c) ? c | 0x20 : c; });
+  return lower;
+}
+
+bool isHttp(std::string_view scheme) {
+  const std::string lower = lowered(scheme);
+  return lower == "http" || lower == "https";
+}
+
+bool isFile(const std::string& name) {
+  std::error_code error;
+  return std::filesystem::exists(std::filesystem::symlink_status(name, error));
+}
+
+std::string uriOf(const std::string& name) {
+  const std::string_view scheme = schemeOf(name);
+  const bool isUri = !scheme.empty() && (name.compare(scheme.size(), 3, "://") == 0 || !isFile(name));
+  return isUri ? name : absolutePath(name);
+}
+
+}  // namespace quorin_command

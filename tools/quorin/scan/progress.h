@@ -1,0 +1,45 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <string>
+
+#include "command_line/options.h"
+
+namespace quorin_command {
+
+/// How far a run is, on standard error: a line that is written over at a terminal, plain lines every few seconds where
+/// none is but they were asked for. To be used by one thread.
+class Progress {
+ public:
+  explicit Progress(ProgressWish wish);
+
+  bool isShown() const { return form_ != Form::None; }
+
+  struct State {
+    unsigned long long done = 0;
+    unsigned long long found = 0;  ///< 0: not known
+    bool allFound = false;
+    unsigned long long failed = 0;
+    std::string current;  ///< an item, as the user knows it
+  };
+
+  /// Shows the state, unless that was done just before.
+  void show(const State& state);
+
+  /// Takes the line away, so that something else can be said.
+  void hide();
+
+ private:
+  enum class Form { None, Line, Lines };
+  using Clock = std::chrono::steady_clock;
+
+  std::string text(const State& state) const;
+
+  Form form_;
+  bool visible_ = false;
+  const Clock::time_point start_ = Clock::now();
+  Clock::time_point shown_;
+};
+
+}  // namespace quorin_command

@@ -1,0 +1,193 @@
+#include "scan/scan.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include "item/complaint.h"
+#include "item/item.h"
+#include "item/item_list.h"
+#include "output/json_output.h"
+#include "output/output.h"
+#include "output/talk.h"
+#include "probe/table.h"
+#include "scan/file_walk.h"
+#include "scan/progress.h"
+#include "scan/resume_index.h"
+#include "scan/scan_pool.h"
+#include "scan/scan_summary.h"
+
+namespace quorin_command {
+
+namespace {
+
+/// How long the main thread waits for results before it looks after the progress.
+constexpr std::chrono::milliseconds patience(100);
+
+/// Counts what a scan will find, ahead of it, for the progress alone. Names of a list are not counted: it may be a
+/// pipe.
+class Census {
+ public:
+  explicit Census(const Options& options)
+      : isWhole_(options.filesFrom.empty()), thread_([this, &options] { count(options); }) {}
+  ~Census() {
+    stopping_ = true;
+    thread_.join();
+  }
+  Census(const Census&) = delete;
+  Census& operator=(const Census&) = delete;
+
+  unsigned long long found() const { return found_; }
+  bool isDone() const { return isWhole_ && done_; }
+
+ private:
+  void count(const Options& options) {
+    ItemList words(options.words, "", '\n');
+    FileWalk walk([&words](std::string& name) { return words.next(name); });
+    for (FoundItem item; !stopping_ && walk.next(item);) {
+      ++found_;
+    }
+    done_ = true;
+  }
+
+  const bool isWhole_;
+  std::atomic<bool> stopping_{false};
+  std::atomic<bool> done_{false};
+  std::atomic<unsigned long long> found_{0};
+  std::thread thread_;
+};
+
+/// Finds the items of a scan; leaves out what an earlier one has told.
+class Finder {
+ public:
+  Finder(const Options& options, const ResumeIndex& told)
+      : items_(options.words, options.filesFrom, options.nulSeparated ? '\0' : '\n'),
+        walk_([this](std::string& name) { return items_.next(name); }),
+        told_(told) {}
+
+  bool operator()(FoundItem& item) {
+    while (walk_.next(item)) {
+      if (!item.file || !told_.tells(uriOf(item.name), *item.file)) {
+        return true;
+      }
+      ++unchanged_;
+    }
+    return false;
+  }
+
+  unsigned long long unchanged() const { return unchanged_; }
+
+  /// errno of the failure to read the list of items.
+  int listError() const { return items_.error(); }
+
+ private:
+  ItemList items_;
+  FileWalk walk_;
+  const ResumeIndex& told_;
+  std::atomic<unsigned long long> unchanged_{0};
+};
+
+/// Whether standard output is this very file, as in "--resume F >> F".
+bool isStandardOutput(const std::string& path) {
+  struct stat file = {};
+  struct stat out = {};
+  return ::stat(path.c_str(), &file) == 0 && ::fstat(STDOUT_FILENO, &out) == 0 && file.st_dev == out.st_dev &&
+         file.st_ino == out.st_ino;
+}
+
+class Scan {
+ public:
+  explicit Scan(const Options& options)
+      : options_(options), terminal_(standardOutput(options.color)), progress_(options.progress) {}
+
+  void run(Finder& finder) {
+    const auto asJson = [](const Record& record) { return jsonLine(record); };
+    const auto asRow = [this](const Record& record) { return tableRow(record, terminal_); };
+    const bool json = options_.json || terminal_.width == 0;
+    const std::unique_ptr<Census> census = progress_.isShown() ? std::make_unique<Census>(options_) : nullptr;
+    ScanPool pool(
+        options_, [&finder](FoundItem& item) { return finder(item); },
+        json ? std::function<std::string(const Record&)>(asJson) : asRow);
+    std::string lines = json ? std::string() : tableHead(terminal_);
+    for (std::vector<ScanPool::Result> results; pool.take(results, patience);) {
+      for (const ScanPool::Result& result : results) {
+        tell(result, lines);
+      }
+      write(lines);
+      lines.clear();
+      showProgress(census.get(), finder);
+    }
+    progress_.hide();
+  }
+
+  const ScanSummary& summary() const { return summary_; }
+
+ private:
+  /// @param lines what is to be written; the result's is added
+  void tell(const ScanPool::Result& result, std::string& lines) {
+    summary_.count(result.record);
+    current_ = result.record.name;
+    if (hasFailed(result.record) && !options_.quiet) {
+      write(std::exchange(lines, {}));  // at a terminal both come to the same place, and in their order
+      progress_.hide();
+      complainAbout(result.record);
+    }
+    lines += result.text;
+  }
+
+  void write(const std::string& lines) {
+    if (terminal_.width != 0) {
+      progress_.hide();
+    }
+    if (!lines.empty() && !writeData(lines)) {
+      // At once: a worker may be waiting for a server, and who finds the items for a pipe that says no more.
+      ::_exit(EXIT_OUTPUT);
+    }
+  }
+
+  void showProgress(const Census* census, const Finder& finder) {
+    if (census != nullptr) {
+      progress_.show(
+          {summary_.items() + finder.unchanged(), census->found(), census->isDone(), summary_.failed(), current_});
+    }
+  }
+
+  const Options& options_;
+  const Terminal terminal_;
+  Progress progress_;
+  ScanSummary summary_;
+  std::string current_;
+};
+
+}  // namespace
+
+int scan(const Options& options) {
+  const auto start = std::chrono::steady_clock::now();
+  ResumeIndex told;
+  if (const std::string wrong = options.resume.empty() ? "" : told.read(options.resume); !wrong.empty()) {
+    complain(wrong);
+    return EXIT_USAGE;
+  }
+  if (!told.endsInALine() && isStandardOutput(options.resume) && !writeData("\n")) {
+    return EXIT_OUTPUT;
+  }
+  Finder finder(options, told);
+  Scan scan(options);
+  scan.run(finder);
+  if (!options.quiet) {
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    writeTalk("quorin: " + scan.summary().text(elapsed.count(), finder.unchanged()));
+  }
+  if (finder.listError() != 0) {
+    complain(options.filesFrom == "-" ? "standard input" : options.filesFrom, reasonOf(finder.listError()));
+    return EXIT_USAGE;
+  }
+  return scan.summary().exitCode();
+}
+
+}  // namespace quorin_command
