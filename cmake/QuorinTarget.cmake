@@ -15,6 +15,13 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 
+# quorin_exports(NAME FILE): a shared library shows only the names that the linker script FILE lists.
+function(quorin_exports name file)
+  cmake_path(ABSOLUTE_PATH file BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_link_options(${name} PRIVATE "LINKER:--version-script=${file}")
+  set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS "${file}")
+endfunction()
+
 # quorin_target(NAME): warnings, and 64-bit file offsets on 32-bit machines.
 function(quorin_target name)
   target_compile_definitions(${name} PRIVATE _FILE_OFFSET_BITS=64 _TIME_BITS=64)

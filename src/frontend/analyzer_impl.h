@@ -12,7 +12,7 @@
 namespace zu::md::common::quorin {
 
 /// The driver: the fixed order of steps that turns a URI into a result.
-class Analyzer::Impl {
+class MD_PRIVATE Analyzer::Impl {
  public:
   explicit Impl(Mode_t mode);
 

@@ -18,7 +18,7 @@ namespace zu::md::common::strell {
 /// Until the first `seek` the source is never made to move: it stands at the end of the head until that is full and
 /// at the read position from then on, because whatever is read goes into the head as long as it fits. So a source
 /// that cannot seek, or must not because of its metadata, needs no care of its own.
-class Strell::Impl {
+class MD_PRIVATE Strell::Impl {
  public:
   explicit Impl(boost::shared_ptr<MdchUrlBase> url);
 
