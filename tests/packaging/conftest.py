@@ -2,6 +2,7 @@
 
 Run by hand:  QUORIN_BUILD=build/dev /usr/bin/python3 -m pytest tests/packaging
 For 32-bit ARM:  QUORIN_BUILD=build/armhf
+Rewrite the golden files:  ... --update-golden
 """
 
 import os
@@ -57,6 +58,20 @@ class Target:
         """Runs a program that was built for the machine."""
         emulator = ["qemu-arm-static", "-cpu", "cortex-a9", "-L", self.sysroot] if self.is_armhf else []
         return run(*emulator, *command, **how)
+
+
+def pytest_addoption(parser):
+    parser.addoption("--update-golden", action="store_true", help="write the golden files instead of comparing")
+
+
+@pytest.fixture
+def golden(request):
+    """Compares a text with the golden file of a path."""
+    def compare(path, text):
+        if request.config.getoption("--update-golden"):
+            path.write_text(text)
+        assert text == path.read_text()
+    return compare
 
 
 @pytest.fixture(scope="session")
