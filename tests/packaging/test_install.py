@@ -53,6 +53,15 @@ def test_the_flags_of_pkg_config_alone_build_a_program(installed, target, tone, 
     check(program, kind, target, tone)
 
 
+def test_the_command_works_from_where_it_is_installed(installed, target, tone):
+    kind, prefix = installed
+    if kind == "static":
+        pytest.skip("that build has no command")
+    command = prefix / "bin/quorin"
+    assert '"media_type":"wav"' in target.execute(command, "--json", tone)
+    assert f"$ORIGIN/../{target.libraries}" in run("readelf", "-d", command)
+
+
 def test_another_minor_version_is_not_taken(installed, target, tmp_path):
     _, prefix = installed
     project = tmp_path / "project"
