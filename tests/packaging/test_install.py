@@ -2,6 +2,7 @@
 shared and static libraries. The installed tree is moved first, so that nothing in it may know where it was."""
 
 import os
+import shutil
 
 import pytest
 
@@ -60,6 +61,19 @@ def test_the_command_works_from_where_it_is_installed(installed, target, tone):
     command = prefix / "bin/quorin"
     assert '"media_type":"wav"' in target.execute(command, "--json", tone)
     assert f"$ORIGIN/../{target.libraries}" in run("readelf", "-d", command)
+
+
+def test_without_the_network_part_an_address_has_no_opener(installed, target, tone, tmp_path):
+    """As on a device that never goes online and leaves it out."""
+    kind, prefix = installed
+    if kind == "static":
+        pytest.skip("the network is part of that library")
+    shutil.copytree(prefix, tmp_path / "offline", symlinks=True)
+    (part,) = (tmp_path / "offline" / target.libraries).glob("libmd-platform-host-http.so.0")
+    part.unlink()
+    command = tmp_path / "offline/bin/quorin"
+    assert '"media_type":"wav"' in target.execute(command, "--json", tone)
+    assert '"no_opener"' in target.execute(command, "--json", "http://127.0.0.1:1/", status=3)
 
 
 def test_another_minor_version_is_not_taken(installed, target, tmp_path):

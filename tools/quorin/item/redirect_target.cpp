@@ -1,33 +1,40 @@
 #include "item/redirect_target.h"
 
-#include <curl/curl.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <memory>
 
 #include "item/item.h"
+#include "item/url_api.h"
 #include "md/url.h"
 
 namespace quorin_command {
 
 namespace {
 
-using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
+struct DestroyUrl {
+  void operator()(CURLU* url) const { UrlApi::instance().destroy(url); }
+};
+
+using Url = std::unique_ptr<CURLU, DestroyUrl>;
+
+bool setAll(const Url& url, const std::string& text) {
+  return UrlApi::instance().set(url.get(), CURLUPART_URL, text.c_str(), CURLU_NON_SUPPORT_SCHEME) == CURLUE_OK;
+}
 
 /// The parts of an absolute URI; empty when it has none.
 Url parsed(const std::string& uri) {
-  Url url(curl_url(), curl_url_cleanup);
-  const bool isUrl = url && curl_url_set(url.get(), CURLUPART_URL, uri.c_str(), CURLU_NON_SUPPORT_SCHEME) == CURLUE_OK;
-  return isUrl ? std::move(url) : Url(nullptr, curl_url_cleanup);
+  Url url(UrlApi::instance().create());
+  return url && setAll(url, uri) ? std::move(url) : Url();
 }
 
 /// A part as text, a port also when it is but implied; empty when the URI does not have it.
 std::string partOf(const Url& url, CURLUPart part) {
   char* text = nullptr;
   const unsigned int flags = part == CURLUPART_PORT ? CURLU_DEFAULT_PORT : 0;
-  const bool found = curl_url_get(url.get(), part, &text, flags) == CURLUE_OK;
-  const std::unique_ptr<char, decltype(&curl_free)> owner(text, curl_free);
+  const bool found = UrlApi::instance().get(url.get(), part, &text, flags) == CURLUE_OK;
+  const std::unique_ptr<char, decltype(&curl_free)> owner(text, UrlApi::instance().freeText);
   return found ? std::string(text) : std::string();
 }
 
@@ -54,7 +61,7 @@ std::string resolved(const std::string& base, const std::string& target) {
   }
   const std::string_view scheme = schemeOf(base);
   const Url url = parsed(base);
-  if (!url || curl_url_set(url.get(), CURLUPART_URL, reference.c_str(), CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK) {
+  if (!url || !setAll(url, reference)) {
     // Whatever it means, it is no path of this machine when a server says it.
     return scheme.empty() ? target : fmt::format("{}:{}", scheme, reference);
   }
@@ -68,7 +75,7 @@ bool isLocal(std::string_view uri) {
 }
 
 std::string hostOf(const std::string& uri) {
-  const Url url = isLocal(uri) ? Url(nullptr, curl_url_cleanup) : parsed(uri);
+  const Url url = isLocal(uri) ? Url() : parsed(uri);
   return url ? lowered(partOf(url, CURLUPART_HOST)) : std::string();
 }
 
