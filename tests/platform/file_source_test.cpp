@@ -21,6 +21,7 @@
 namespace quorin_test {
 namespace {
 
+using md::host::FileSource;
 using md::host::SOURCE_BAD_OFFSET;
 using md::host::SOURCE_NOT_SEEKABLE;
 using md::host::SOURCE_READ_FAILED;
@@ -160,6 +161,44 @@ TEST(FileSource, CountsBytesAndReads) {
   EXPECT_EQ(item.source->cost().requests, 0U);
 }
 
+TEST(FileSource, TheStartIsReadAtOnceAndWhatWasReadLastIsKept) {
+  const TemporaryFolder folder;
+  const Bytes bytes = testBytes(100000);
+  const OpenedItem item = openItem(folder.write("item", bytes));
+  ASSERT_EQ(item.code, 0);
+  const auto costOf = [&](long long offset, unsigned int length) {
+    const UrlCost before = item.source->cost();
+    item.source->seek(offset);
+    Bytes read(length);
+    for (unsigned int count = 0, got = 1; count < length && got > 0; count += got) {
+      item.source->read(read.data() + count, length - count, got);
+    }
+    EXPECT_EQ(read, Bytes(bytes.begin() + offset, bytes.begin() + offset + length));
+    const UrlCost after = item.source->cost();
+    return std::make_pair(after.reads - before.reads, after.bytes - before.bytes);
+  };
+  const auto nothing = std::make_pair(0U, 0ULL);
+  EXPECT_EQ(costOf(0, 100), std::make_pair(1U, 16384ULL));
+  EXPECT_EQ(costOf(16284, 100), nothing);
+  EXPECT_EQ(costOf(67, 8192), nothing);
+  EXPECT_EQ(costOf(70000, 4096), std::make_pair(1U, 4096ULL)) << "only what was asked for, away from the start";
+  EXPECT_EQ(costOf(70010, 4086), nothing);
+  EXPECT_EQ(costOf(70010, 4096), std::make_pair(1U, 10ULL)) << "and only what is not there yet";
+  EXPECT_EQ(costOf(0, 20000).second, 20000ULL) << "a large read goes past the window";
+}
+
+TEST(FileSource, ASizeThatWasToldHoldsOnlyForAMoment) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("item", testBytes(100));
+  const OpenedItem item = openItem(path);
+  ASSERT_EQ(item.code, 0);
+  std::ofstream(path, std::ios::app) << "new";
+  std::this_thread::sleep_for(FileSource::sizeHolds + std::chrono::milliseconds(50));
+  long long size = 0;
+  EXPECT_EQ(item.source->size(size), 0);
+  EXPECT_EQ(size, 103);
+}
+
 TEST(FileSource, ReadsBeyondFourGibibytes) {
   constexpr long long fiveGibibytes = 5LL << 30;
   const TemporaryFolder folder;
@@ -202,7 +241,7 @@ TEST(FileSource, AFileThatIsTruncatedMeanwhileEnds) {
   const std::string path = folder.write("item", testBytes(100000));
   const OpenedItem item = openItem(path);
   ASSERT_EQ(item.code, 0);
-  EXPECT_EQ(readAll(*item.source, nullptr, 4096).size(), 4096U);
+  EXPECT_EQ(readAll(*item.source, nullptr, 20480).size(), 20480U);
   ASSERT_EQ(truncate(path.c_str(), 500), 0);
   int status = -1;
   EXPECT_EQ(readAll(*item.source, &status), "");

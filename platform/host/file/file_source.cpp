@@ -8,6 +8,7 @@
 #include <boost/make_shared.hpp>
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <utility>
 
 #include "url/openers.h"
@@ -79,12 +80,14 @@ int makeFileSource(UniqueFd file, const TimeLimits& limits, boost::shared_ptr<Md
     return OPEN_BAD_URI;
   }
   const auto kind = S_ISREG(status.st_mode) ? FileSource::Kind::regular : FileSource::Kind::stream;
-  url = boost::make_shared<FileSource>(std::move(file), kind, limits);
+  url = boost::make_shared<FileSource>(std::move(file), kind, status.st_size, limits);
   return OPEN_OK;
 }
 
-FileSource::FileSource(UniqueFd file, Kind kind, const TimeLimits& limits)
-    : file_(std::move(file)), kind_(kind), limits_(limits) {}
+// The window stays as it is: nothing of it is looked at before it is read.
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init,hicpp-member-init)
+FileSource::FileSource(UniqueFd file, Kind kind, long long size, const TimeLimits& limits)
+    : file_(std::move(file)), kind_(kind), limits_(limits), size_(size), sizeTold_(opened_) {}
 
 int FileSource::read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) {
   bytesRead = 0;
@@ -96,14 +99,39 @@ int FileSource::read(unsigned char* buffer, unsigned int length, unsigned int& b
   if (result < 0) {
     return static_cast<int>(result);
   }
-  atEnd_ = result == 0;
+  if (result == 0) {
+    atEnd_ = true;
+    sizeKnown_ = false;
+  }
   position_ += result;
   bytesRead = static_cast<unsigned int>(result);
-  cost_.bytes += static_cast<unsigned long long>(result);
   return 0;
 }
 
 long long FileSource::readRegular(unsigned char* buffer, size_t length) {
+  if (const long long kept = readWindow(buffer, length); kept > 0) {
+    return kept;
+  }
+  if (length >= windowCapacity) {
+    return readFile(buffer, length);
+  }
+  const long long result = readFile(window_.data(), position_ == 0 ? windowCapacity : length);
+  windowStart_ = position_;
+  windowSize_ = std::max(result, 0LL);
+  return result > 0 ? readWindow(buffer, length) : result;
+}
+
+long long FileSource::readWindow(unsigned char* buffer, size_t length) const {
+  const long long skipped = position_ - windowStart_;
+  if (skipped < 0 || skipped >= windowSize_) {
+    return 0;
+  }
+  const auto count = static_cast<size_t>(std::min<long long>(static_cast<long long>(length), windowSize_ - skipped));
+  std::memcpy(buffer, window_.data() + skipped, count);
+  return static_cast<long long>(count);
+}
+
+long long FileSource::readFile(unsigned char* buffer, size_t length) {
   // The kernel refuses a range that ends above the highest offset, although its start just lies behind the end.
   const auto most = static_cast<size_t>(std::min<long long>(static_cast<long long>(length), LLONG_MAX - position_));
   ssize_t result = 0;
@@ -114,6 +142,7 @@ long long FileSource::readRegular(unsigned char* buffer, size_t length) {
   if (result < 0) {
     return errno == ESTALE ? SOURCE_CHANGED : SOURCE_READ_FAILED;
   }
+  cost_.bytes += static_cast<unsigned long long>(result);
   return result;
 }
 
@@ -128,6 +157,7 @@ long long FileSource::readStream(unsigned char* buffer, size_t length) {
     ++cost_.reads;
     const ssize_t result = ::read(file_.get(), buffer, length);
     if (result >= 0) {
+      cost_.bytes += static_cast<unsigned long long>(result);
       return result;
     }
     if (errno != EAGAIN && errno != EINTR) {
@@ -170,11 +200,17 @@ int FileSource::size(long long& bytes) {
   if (kind_ == Kind::stream) {
     return SOURCE_SIZE_UNKNOWN;
   }
-  struct stat status = {};
-  if (::fstat(file_.get(), &status) != 0) {
-    return errno == ESTALE ? SOURCE_CHANGED : SOURCE_READ_FAILED;
+  const Clock::time_point now = Clock::now();
+  if (!sizeKnown_ || now - sizeTold_ > sizeHolds) {
+    struct stat status = {};
+    if (::fstat(file_.get(), &status) != 0) {
+      return errno == ESTALE ? SOURCE_CHANGED : SOURCE_READ_FAILED;
+    }
+    size_ = status.st_size;
+    sizeTold_ = now;
+    sizeKnown_ = true;
   }
-  bytes = status.st_size;
+  bytes = size_;
   return 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include <array>
 #include <boost/shared_ptr.hpp>
 #include <chrono>
 #include <optional>
@@ -27,8 +28,12 @@ int makeFileSource(UniqueFd file, const TimeLimits& limits, boost::shared_ptr<Md
 
 /// The bytes of a local item.
 ///
-/// A regular file can seek; its size is asked anew each time, since it may grow or be truncated while it is read. It is
-/// never mapped into memory: touching a mapped page that was truncated away kills the process.
+/// A regular file can seek. It is never mapped into memory: touching a mapped page that was truncated away kills the
+/// process. Two things keep an analysis down to a handful of system calls:
+///  - The start of the file is read in one go, and what was read last is kept: analyses come back to bytes near those
+///    they had before, and a tag at the start is looked at in several steps.
+///  - A size that was told holds for a moment, and no longer than until the end is met: an analysis asks for it again
+///    and again, but a file may also grow or be truncated while it is played.
 ///
 /// Everything else (FIFO, character or block device) is read from front to end: it cannot seek and has no size. A
 /// `read` waits no longer than the limits allow. Such a source stays failed once it has failed, so that a caller with
@@ -37,7 +42,14 @@ class FileSource : public MdchUrlBase {
  public:
   enum class Kind { regular, stream };
 
-  FileSource(UniqueFd file, Kind kind, const TimeLimits& limits);
+  /// Bytes that are read at once from the start of a file. Holds the frame headers of nearly every tag up to its cover.
+  static constexpr unsigned int windowCapacity = 16384;
+
+  /// How long a size that was told holds.
+  static constexpr std::chrono::milliseconds sizeHolds{500};
+
+  /// @param size of a regular file, as it was just told
+  FileSource(UniqueFd file, Kind kind, long long size, const TimeLimits& limits);
 
   int read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) override;
   int seek(long long offset) override;
@@ -52,6 +64,12 @@ class FileSource : public MdchUrlBase {
   /// Both deliver the result of a read(2): bytes, 0 at the end, or a negative code.
   long long readRegular(unsigned char* buffer, size_t length);
   long long readStream(unsigned char* buffer, size_t length);
+
+  /// A read(2) of the file at the position, counted.
+  long long readFile(unsigned char* buffer, size_t length);
+
+  /// Copies what the window holds from the position on. @return bytes; 0 when it holds none
+  long long readWindow(unsigned char* buffer, size_t length) const;
   std::optional<Clock::time_point> deadline() const;
 
   const UniqueFd file_;
@@ -60,8 +78,14 @@ class FileSource : public MdchUrlBase {
   const Clock::time_point opened_ = Clock::now();
   long long position_ = 0;
   bool atEnd_ = false;  ///< the end was met; it lasts until the next seek, also when the file grows
-  int failure_ = 0;     ///< of a stream, for good
+  long long size_;
+  Clock::time_point sizeTold_;
+  bool sizeKnown_ = true;
+  long long windowStart_ = 0;
+  long long windowSize_ = 0;
+  int failure_ = 0;  ///< of a stream, for good
   UrlCost cost_;
+  std::array<unsigned char, windowCapacity> window_;  ///< bytes [windowStart_, windowStart_ + windowSize_) of the file
 };
 
 }  // namespace md::host

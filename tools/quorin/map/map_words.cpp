@@ -60,7 +60,7 @@ Phrases howMuchWasRead(const ByteMap& map) {
     details.push_back(counted(map.cost.requests, "request"));
   }
   if (const auto all = static_cast<long long>(map.cost.bytes); all > bytes) {
-    details.push_back(byteCount(all) + (map.cost.requests > 0 ? " received" : " with repetitions"));
+    details.push_back(byteCount(all) + (map.cost.requests > 0 ? " received" : " with read-ahead"));
   }
   if (!map.endsThere) {
     details.emplace_back("the item goes on");
