@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <ctime>
 #include <utility>
 
 #include "url/openers.h"
@@ -19,6 +20,13 @@ namespace {
 
 /// Most bytes of one read(2). A result has to fit the ssize_t of a 32-bit machine.
 constexpr unsigned int mostPerRead = 1U << 30;
+
+/// Time of the kernel's last tick. Five times faster to ask for than the exact one, and an analysis asks often.
+std::chrono::milliseconds coarseTime() {
+  timespec now = {};
+  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return std::chrono::seconds(now.tv_sec) + std::chrono::milliseconds(now.tv_nsec / 1000000);
+}
 
 /// Waits until a read(2) would not block, or `deadline` passes.
 /// @return 0 or a SourceCode
@@ -87,7 +95,7 @@ int makeFileSource(UniqueFd file, const TimeLimits& limits, boost::shared_ptr<Md
 // The window stays as it is: nothing of it is looked at before it is read.
 // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init,hicpp-member-init)
 FileSource::FileSource(UniqueFd file, Kind kind, long long size, const TimeLimits& limits)
-    : file_(std::move(file)), kind_(kind), limits_(limits), size_(size), sizeTold_(opened_) {}
+    : file_(std::move(file)), kind_(kind), limits_(limits), size_(size), sizeTold_(coarseTime()) {}
 
 int FileSource::read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) {
   bytesRead = 0;
@@ -200,7 +208,7 @@ int FileSource::size(long long& bytes) {
   if (kind_ == Kind::stream) {
     return SOURCE_SIZE_UNKNOWN;
   }
-  const Clock::time_point now = Clock::now();
+  const std::chrono::milliseconds now = coarseTime();
   if (!sizeKnown_ || now - sizeTold_ > sizeHolds) {
     struct stat status = {};
     if (::fstat(file_.get(), &status) != 0) {

@@ -79,7 +79,7 @@ class FileSource : public MdchUrlBase {
   long long position_ = 0;
   bool atEnd_ = false;  ///< the end was met; it lasts until the next seek, also when the file grows
   long long size_;
-  Clock::time_point sizeTold_;
+  std::chrono::milliseconds sizeTold_;
   bool sizeKnown_ = true;
   long long windowStart_ = 0;
   long long windowSize_ = 0;
