@@ -12,8 +12,8 @@
 #include <list>
 #include <thread>
 
+#include "contract/source_contract.h"
 #include "opened_item.h"
-#include "source_contract.h"
 #include "support/bytes.h"
 #include "support/temporary_folder.h"
 #include "url/openers.h"

@@ -1,6 +1,6 @@
 // The contract of byte sources, over what a real server makes of one item.
+#include "contract/source_contract.h"
 #include "http_client.h"
-#include "source_contract.h"
 #include "support/nginx.h"
 
 namespace quorin_test {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "strell_support.h"
+#include "contract/strell_support.h"
 #include "support/bytes.h"
 #include "support/icy_stream.h"
 

@@ -8,8 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include "contract/source_contract.h"
 #include "opened_item.h"
-#include "source_contract.h"
 #include "support/temporary_folder.h"
 #include "vdir2.h"
 

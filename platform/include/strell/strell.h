@@ -93,10 +93,19 @@ class MD_API Strell {
   int readDataCache(unsigned int length, unsigned char*& data);
 
   /// Shows the bytes at the cache offset that are at hand without asking the source. The offset stays. A platform
-  /// that cannot tell may always show none; callers then go through `readDataCache`.
+  /// that cannot tell may always show none; callers then go through `readDataCache`, which scans slower and reads the
+  /// same bytes. One that has no such operation at all defines STRELL_WITHOUT_PEEK for all that is built over it, and
+  /// needs not implement it.
   /// @param length number of bytes shown, 0 when there are none at hand
   /// @return pointer to them, good until the next call on this object; null when `length` is 0
+#ifdef STRELL_WITHOUT_PEEK
+  const unsigned char* peekDataCache(unsigned int& length) {
+    length = 0;
+    return nullptr;
+  }
+#else
   const unsigned char* peekDataCache(unsigned int& length);
+#endif
 
   /// The cache offset, in bytes from the start of the stream; 0 before `attach`.
   unsigned int getDataCacheOffset();

@@ -16,6 +16,13 @@ namespace quorin_test {
 
 namespace strell = zu::md::common::strell;
 
+#ifdef STRELL_WITHOUT_PEEK
+constexpr bool strellCanPeek = false;
+#else
+constexpr bool strellCanPeek = true;
+#endif
+constexpr const char* noPeek = "this platform shows nothing without asking";
+
 /// A block as a pair, which compares and prints.
 using Icy = std::pair<long long, std::string>;
 

@@ -169,6 +169,9 @@ TEST_P(StrellContract, BytesAtHandAreReadAgainWithoutAskingTheSource) {
 }
 
 TEST_P(StrellContract, PeekShowsWhatIsAtHandAndAsksNobody) {
+  if (!strellCanPeek) {
+    GTEST_SKIP() << noPeek;
+  }
   const Bytes audio = testBytes(20000);
   const auto attached = attach(audio);
   unsigned int atHand = 7;
@@ -385,10 +388,13 @@ TEST_P(StrellContract, AFailureIsMetAgainAndTheBytesBeforeItAreUsable) {
   attached->source->script.failingOffset = 20000;
   attached->source->script.failingOffsetCode = -5;
   EXPECT_EQ(readCacheAt(attached->media, 0, 20001).status, strell::NOT_CACHED);
-  unsigned int usable = 0;
-  ASSERT_EQ(attached->media.setDataCacheOffset(0), 0);
-  attached->media.peekDataCache(usable);
+  // Metadata takes 16 bytes for each text and one byte for each block.
+  unsigned int usable = 20000;
+  while (usable != 0 && attached->media.setDataCacheOffset(usable) != 0) {
+    --usable;
+  }
   EXPECT_GT(usable, 0U);
+  ASSERT_EQ(attached->media.setDataCacheOffset(0), 0);
   EXPECT_TRUE(readCache(attached->media, usable).bytes == slice(audio, 0, usable));
   for (int i = 0; i < 2; ++i) {
     const int reads = attached->source->calls.reads;

@@ -4,7 +4,6 @@
 
 #include <boost/make_shared.hpp>
 
-#include "strell/icy_demultiplexer.h"
 #include "strell_support.h"
 #include "support/bytes.h"
 #include "support/icy_stream.h"
@@ -178,8 +177,9 @@ TEST(StrellIcy, AFloodOfBlocksIsKeptOnlyAsFarAsItsMemoryGoes) {
   ASSERT_EQ(media.setDataCacheOffset(4096), 0);
   const DataRead read = readData(media, 4096);
   EXPECT_EQ(read.bytes, Bytes(4096, 'x'));
-  using strell::IcyDemultiplexer;
-  EXPECT_EQ(read.icy.size(), IcyDemultiplexer::maxKeptBytes / (4080 + IcyDemultiplexer::keptBlockOverhead));
+  constexpr size_t room = size_t{256} * 1024;
+  EXPECT_LE(read.icy.size(), room / 4080);
+  EXPECT_GE(read.icy.size(), room / 4080 - 4) << "what a block costs beside its text is little";
   EXPECT_EQ(read.icy.front(), Icy(1, std::string(4080, 'x')));
 }
 
