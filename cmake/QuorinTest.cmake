@@ -7,11 +7,12 @@ include(GoogleTest)
 
 # quorin_tests(NAME [PRIVATE_NETWORK] [LIBRARIES ...]): one test program of every .cpp file in the current folder, so
 # that a test cannot be forgotten. With PRIVATE_NETWORK each test runs where only a loopback of its own exists: any
-# port is free and nothing leaves the machine.
+# port is free and nothing leaves the machine. QUORIN_TEST_SETUP may name sources that go into each program besides: what
+# a platform other than the host's wants done before tests run on it.
 function(quorin_tests name)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "PRIVATE_NETWORK" "" "LIBRARIES")
   file(GLOB sources CONFIGURE_DEPENDS "*.cpp")
-  add_executable(${name} ${sources})
+  add_executable(${name} ${sources} ${QUORIN_TEST_SETUP})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} quorin-test-support GTest::gmock GTest::gtest_main)
   quorin_target(${name})
   if(TARGET md-platform-modules)

@@ -1,0 +1,97 @@
+#!/bin/sh
+# embedded_fit.sh BUILD_FOLDER TOOLCHAIN_FILE SYSROOT HEAP_COMMAND...: whether the library fits a small device. Builds
+# library and host platform for size, for 32-bit ARM and for this machine, prints what they cost as a table, and fails
+# where a limit is passed. HEAP_COMMAND is the test program "heap", which holds its own limits.
+set -eu
+here=$(dirname "$(readlink -f "$0")")
+build=$1
+toolchain=$2
+sysroot=$3
+shift 3
+
+most_file=153600  # bytes of a stripped library: 150 KB
+most_stack=16384  # bytes of one function
+# What runs before main: texts that other translation units may refer to then. The registry of translators comes to be
+# when it is first asked for.
+initializers="mime_types.cpp"
+# Ways to threads and to signal handlers.
+refused='pthread_create|thrd_create|clone|sigaction|signal|sigprocmask|pthread_sigmask|timer_create|setitimer|fork|atexit'
+
+status=0
+
+# row WHAT WHERE VALUE LIMIT: a line of the table; fails the script, at its end, when the value is beyond the limit.
+row() {
+  verdict=ok
+  if [ "$3" -gt "$4" ]; then
+    verdict=TOO_MUCH
+    status=1
+  fi
+  printf '%-44s %-7s %9d %9d  %s\n' "$1" "$2" "$3" "$4" "$verdict"
+}
+
+# refuse WHAT: says what must not be there; nothing when the standard input is empty.
+refuse() {
+  found=$(cat)
+  if [ -n "$found" ]; then
+    printf '%s:\n%s\n' "$1" "$found"
+    status=1
+  fi
+}
+
+# build_small NAME OPTIONS...
+build_small() {
+  tree=$build/$1
+  shift
+  mkdir -p "$tree"
+  if ! { cmake -S "$here/../.." -B "$tree" -G Ninja -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_CXX_FLAGS=-fstack-usage \
+    -DQUORIN_TOOLS=OFF "$@" && cmake --build "$tree" -j "$(nproc)"; } >"$tree/build.log" 2>&1; then
+    tail -n 40 "$tree/build.log"
+    exit 1
+  fi
+}
+
+# measure NAME STRIP: sizes, stack, initializers and imports of a tree.
+measure() {
+  for library in md-common-quorin md-platform-host; do
+    stripped=$build/$1/$library.stripped
+    "$2" --strip-unneeded -o "$stripped" "$build/$1/lib/lib$library.so"
+    row "lib$library.so, stripped" "$1" "$(stat -c %s "$stripped")" "$most_file"
+  done
+
+  # FILE:LINE:COLUMN:FUNCTION <tab> BYTES <tab> KIND; the kind "dynamic" has no bound.
+  find "$build/$1" -name '*.su' -exec cat {} + >"$build/$1/stack.txt"
+  deepest=$(sort -t "$(printf '\t')" -k 2 -n "$build/$1/stack.txt" | tail -n 1)
+  row "stack of one function" "$1" "$(printf '%s' "$deepest" | cut -f 2)" "$most_stack"
+  printf '  %s\n' "$(printf '%s' "$deepest" | cut -f 1 | sed 's/^.*:[0-9]*:[0-9]*://')"
+  grep -P '\tdynamic$' "$build/$1/stack.txt" | refuse "stack without a bound"
+
+  find "$build/$1/src" -name '*.o' | while read -r object; do
+    if nm "$object" | grep -q '_GLOBAL__sub_I_'; then basename "$object" .o; fi
+  done | grep -vxF "$initializers" | refuse "runs before main"
+  nm -uD "$build/$1/lib/libmd-common-quorin.so" | sed 's/.* //; s/@.*//' | grep -xE "$refused" |
+    refuse "threads or signals in the library"
+  nm -uD "$build/$1/lib/libmd-platform-host.so" | sed 's/.* //; s/@.*//' | grep -xE "$refused" |
+    refuse "threads or signals in the host platform"
+}
+
+build_small armhf -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DQUORIN_ARMHF_SYSROOT="$sysroot"
+build_small native -DCMAKE_CXX_COMPILER=g++
+
+printf '%-44s %-7s %9s %9s\n' what where bytes limit
+measure armhf arm-linux-gnueabihf-strip
+measure native strip
+
+heap=$build/heap.txt
+if ! "$@" >"$heap"; then
+  grep -vE '^heap |OK \]|RUN  ' "$heap"
+  status=1
+fi
+# The names and limits of the program itself: all that can seek together, and what cannot.
+grep '^heap ' "$heap" | grep -v without_seeking | sort -k 3 -n | tail -n 1 | while read -r _ name bytes kept; do
+  row "heap of one analysis" here "$bytes" 262144
+  printf '  %s; %d bytes stay with the result\n' "$name" "$kept"
+done
+grep '^heap .*without_seeking' "$heap" | while read -r _ name bytes kept; do
+  row "heap where the source cannot seek" here "$bytes" 1638400
+done
+exit "$status"
