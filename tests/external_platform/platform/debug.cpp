@@ -53,7 +53,7 @@ void deliver(const uint32_t record[3], std::string_view text) {
   if (sink) {
     sink(record[0] >> 16, record[0] & 0xFFFF, text);
   } else {
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
   }
   isInSink = false;
 }

@@ -43,7 +43,7 @@ unsigned int distanceIn(const std::string& line) {
 
 }  // namespace
 
-Stream::Stream(const boost::shared_ptr<MdchUrlBase>& source) : source_(source) {
+Stream::Stream(boost::shared_ptr<MdchUrlBase> source) : source_(std::move(source)) {
   bool seekable = false;
   canSeek_ = source_->getSeekable(seekable) == 0 && seekable;
   long long place = 0;
@@ -162,7 +162,7 @@ unsigned int Stream::sift(unsigned char* bytes, unsigned int count) {
 }
 
 void Stream::finishTitle() {
-  strell::IcyData title = {audio_, title_.c_str()};
+  strell::IcyData title = {audio_, title_.substr(0, title_.find('\0'))};
   title_.clear();
   if (!title.text.empty() && memoryOfTitles_ + costOf(title) <= mostMemoryOfTitles) {
     memoryOfTitles_ += costOf(title);

@@ -12,7 +12,7 @@ namespace memory_platform {
 /// A source as Strell needs it: read at any offset, its answers checked, its ICY metadata taken out.
 class Stream {
  public:
-  explicit Stream(const boost::shared_ptr<MdchUrlBase>& source);
+  explicit Stream(boost::shared_ptr<MdchUrlBase> source);
 
   bool canSeek() const { return canSeek_; }
   bool hasTitles() const { return distance_ != 0; }

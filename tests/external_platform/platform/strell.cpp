@@ -2,7 +2,7 @@
 
 #include <climits>
 #include <cstring>
-#include <new>
+#include <utility>
 
 #include "stream.h"
 #include "window.h"
@@ -40,8 +40,8 @@ bool fill(Window& window, Stream& stream, unsigned long long offset, unsigned in
 /// The state of an attached source; the operations are those of Strell.
 class Strell::Impl {
  public:
-  explicit Impl(const boost::shared_ptr<MdchUrlBase>& source)
-      : stream(source), head(0, stream.canSeek() ? headWhereSeeking : headOtherwise), ahead(0, 0) {}
+  explicit Impl(boost::shared_ptr<MdchUrlBase> source)
+      : stream(std::move(source)), head(0, stream.canSeek() ? headWhereSeeking : headOtherwise), ahead(0, 0) {}
 
   /// Where `length` bytes at the cache offset are, null when they cannot be had.
   unsigned char* look(unsigned int length) {
@@ -101,7 +101,7 @@ int Strell::attach(boost::shared_ptr<MdchUrlBase> url) {
     return NO_SOURCE;
   }
   impl_.reset();
-  impl_.reset(new Impl(url));
+  impl_.reset(new Impl(std::move(url)));
   return 0;
 }
 
