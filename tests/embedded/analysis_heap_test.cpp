@@ -1,5 +1,5 @@
-// The heap that one analysis takes at most, the opened item with its cache included. Each test prints a line "heap NAME
-// PEAK KEPT", in bytes, which embedded_fit.sh collects.
+// The heap that one analysis takes at most, the opened item with its cache included. Each test prints lines "heap NAME
+// PEAK KEPT LIMIT", in bytes, which embedded_fit.sh collects.
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -83,7 +83,7 @@ Cost costOf(const std::string& uri) {
 }
 
 void expectCost(const std::string& name, const Cost& cost, size_t most) {
-  std::printf("heap %s %zu %zu\n", name.c_str(), cost.peak, cost.kept);
+  std::printf("heap %s %zu %zu %zu\n", name.c_str(), cost.peak, cost.kept, most);
   EXPECT_GT(cost.kept, 1000U) << "nothing was counted";
   EXPECT_LE(cost.peak, most);
 }
