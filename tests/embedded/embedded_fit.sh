@@ -9,7 +9,7 @@ toolchain=$2
 sysroot=$3
 shift 3
 
-most_file=153600  # bytes of a stripped library: 150 KB
+most_file=153600  # bytes, stripped: 150 KB
 most_stack=16384  # bytes of one function
 # What runs before main: constant texts. The registry of translators comes to be when it is first asked for.
 initializers='analyzer_audio_dlna_pcm.cpp
@@ -55,13 +55,23 @@ build_small() {
   fi
 }
 
+# libraries TREE NAME: the files of the libraries whose names begin with NAME, without the links to them.
+libraries() { find "$build/$1/lib" -type f -name "lib$2*.so*"; }
+
+# stripped_size TREE STRIP NAME: of all of these together.
+stripped_size() {
+  total=0
+  for library in $(libraries "$1" "$3"); do
+    "$2" --strip-unneeded -o "$build/stripped" "$library"
+    total=$((total + $(stat -c %s "$build/stripped")))
+  done
+  [ "$total" -gt 0 ] && echo "$total"
+}
+
 # measure NAME STRIP: sizes, stack, initializers and imports of a tree.
 measure() {
-  for library in md-common-quorin md-platform-host; do
-    stripped=$build/$1/$library.stripped
-    "$2" --strip-unneeded -o "$stripped" "$build/$1/lib/lib$library.so"
-    row "lib$library.so, stripped" "$1" "$(stat -c %s "$stripped")" "$most_file"
-  done
+  row "libmd-common-quorin.so, stripped" "$1" "$(stripped_size "$1" "$2" md-common-quorin)" "$most_file"
+  row "host platform, stripped, all its files" "$1" "$(stripped_size "$1" "$2" md-platform-host)" "$most_file"
 
   # FILE:LINE:COLUMN:FUNCTION <tab> BYTES <tab> KIND; the kind "dynamic" has no bound.
   find "$build/$1" -name '*.su' -exec cat {} + >"$build/$1/stack.txt"
@@ -73,9 +83,8 @@ measure() {
 
   find "$build/$1/src" -name '*.o' -exec nm {} + | sed -n 's/.* _GLOBAL__sub_I_//p' | LC_ALL=C sort >"$build/$1/found.txt"
   printf '%s\n' "$initializers" | diff - "$build/$1/found.txt" | refuse "what runs before main in the library is not as listed"
-  for library in md-common-quorin md-platform-host; do
-    nm -uD "$build/$1/lib/lib$library.so" | sed 's/.* //; s/@.*//' | grep -xE "$refused" |
-      refuse "threads or signals in lib$library.so"
+  for library in $(libraries "$1" md-); do
+    nm -uD "$library" | sed 's/.* //; s/@.*//' | grep -xE "$refused" | refuse "threads or signals in $library"
   done
 }
 
