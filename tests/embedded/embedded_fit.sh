@@ -9,7 +9,9 @@ toolchain=$2
 sysroot=$3
 shift 3
 
-most_file=153600  # bytes, stripped: 150 KB
+# Bytes, stripped: 150 KB on the device. Code for this machine is larger; what it must not do is to grow unseen.
+most_file_on_device=153600
+most_file_here=204800
 most_stack=16384  # bytes of one function
 # What runs before main: constant texts. The registry of translators comes to be when it is first asked for.
 initializers='analyzer_audio_dlna_pcm.cpp
@@ -68,10 +70,10 @@ stripped_size() {
   [ "$total" -gt 0 ] && echo "$total"
 }
 
-# measure NAME STRIP: sizes, stack, initializers and imports of a tree.
+# measure NAME STRIP MOST_FILE: sizes, stack, initializers and imports of a tree.
 measure() {
-  row "libmd-common-quorin.so, stripped" "$1" "$(stripped_size "$1" "$2" md-common-quorin)" "$most_file"
-  row "host platform, stripped, all its files" "$1" "$(stripped_size "$1" "$2" md-platform-host)" "$most_file"
+  row "libmd-common-quorin.so, stripped" "$1" "$(stripped_size "$1" "$2" md-common-quorin)" "$3"
+  row "host platform, stripped, all its files" "$1" "$(stripped_size "$1" "$2" md-platform-host)" "$3"
 
   # FILE:LINE:COLUMN:FUNCTION <tab> BYTES <tab> KIND; the kind "dynamic" has no bound.
   find "$build/$1" -name '*.su' -exec cat {} + >"$build/$1/stack.txt"
@@ -92,8 +94,8 @@ build_small armhf -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DQUORIN_ARMHF_SYSROOT="$s
 build_small native -DCMAKE_CXX_COMPILER=g++
 
 printf '%-44s %-7s %9s %9s\n' what where bytes limit
-measure armhf arm-linux-gnueabihf-strip
-measure native strip
+measure armhf arm-linux-gnueabihf-strip "$most_file_on_device"
+measure native strip "$most_file_here"
 
 heap=$build/heap.txt
 if ! "$@" >"$heap"; then
