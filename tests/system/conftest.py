@@ -13,6 +13,7 @@ import re
 import struct
 import subprocess
 import termios
+import time
 
 import jsonschema
 import pytest
@@ -39,6 +40,14 @@ def clean_environment(**changes):
     return {name: value for name, value in environment.items() if value is not None}
 
 
+def until(happens):
+    """Waits for something that another process does."""
+    end = time.monotonic() + TIME_LIMIT / 4
+    while not happens():
+        assert time.monotonic() < end, "it does not happen"
+        time.sleep(0.01)
+
+
 class Result:
     def __init__(self, code, out, err):
         self.code, self.out, self.err = code, out, err
@@ -57,12 +66,13 @@ class Quorin:
 
     def __call__(self, *arguments, environment=None, text=None, cwd=None, prefix=(), **how):
         how.setdefault("stdout", subprocess.PIPE)
+        if text is None:
+            how.setdefault("stdin", subprocess.DEVNULL)
         process = subprocess.run(
             [*prefix, COMMAND, *arguments],
             cwd=cwd or self.folder,
             env=clean_environment(**(environment or {})),
             input=text,
-            stdin=subprocess.DEVNULL if text is None else None,
             stderr=subprocess.PIPE,
             timeout=TIME_LIMIT,
             **how,

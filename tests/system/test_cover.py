@@ -1,13 +1,15 @@
 """quorin cover: embedded pictures, byte for byte, and nothing else."""
 
+import contextlib
 import os
 import pathlib
+import signal
 import struct
 import subprocess
 
 import pytest
 
-from conftest import PICTURE, id3_tag
+from conftest import COMMAND, PICTURE, TIME_LIMIT, clean_environment, id3_tag, until
 from web_server import Nginx
 
 PNG = b"\x89PNG\r\n\x1a\n" + bytes(range(256)) * 8
@@ -105,6 +107,19 @@ def test_a_file_that_is_there_stays_unless_force_is_given(quorin, song, tmp_path
     assert (tmp_path / "c.jpg").read_text() == "mine"
     assert quorin("cover", "--force", "-o", "c.jpg", "a.mp3").code == 0
     assert (tmp_path / "c.jpg").read_bytes() == PICTURE
+
+
+def test_the_item_itself_is_never_replaced(quorin, song, tmp_path):
+    item = song("a.jpg", PICTURE)  # what it is called says nothing of what it is
+    before = item.read_bytes()
+    for arguments in (("-o", "a.jpg", "a.jpg"), ("-d", ".", "a.jpg"), ("-o", "a.jpg", f"file://{item}")):
+        result = quorin("cover", "--force", *arguments)
+        name = "./a.jpg" if "-d" in arguments else "a.jpg"
+        assert (result.code, result.out) == (4, "")
+        assert result.complaints == [f"quorin: {arguments[-1]}: {name} is what is being read, and stays as it is"]
+    os.link(item, tmp_path / "b.jpg")
+    assert quorin("cover", "--force", "-o", "b.jpg", "a.jpg").code == 4
+    assert item.read_bytes() == before
 
 
 def test_what_is_no_file_is_not_replaced(quorin, song, tmp_path):
@@ -222,6 +237,27 @@ def test_over_http_only_the_picture_is_requested(quorin, nginx, plain_mp3, tmp_p
     assert (tmp_path / "big cover.png").read_bytes() == picture
     received = sum(int(line.split()[1]) for line in nginx.requests()[before:])
     assert len(picture) < received < len(picture) + looked + 65536
+
+
+def is_writing(process, folder):
+    """Whether the process has a file open in the folder, be it one without a name."""
+    for descriptor in pathlib.Path(f"/proc/{process.pid}/fd").iterdir():
+        with contextlib.suppress(FileNotFoundError):  # closed meanwhile
+            if os.readlink(descriptor).startswith(f"{folder}/"):
+                return True
+    return False
+
+
+@pytest.mark.parametrize("end", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGKILL])
+def test_an_end_in_the_middle_leaves_no_piece(nginx, plain_mp3, tmp_path, end):
+    (nginx.www / "large.mp3").write_bytes(id3_tag(apic(PNG + bytes(16_000_000))) + plain_mp3)
+    process = subprocess.Popen([COMMAND, "cover", "-o", "c.png", f"{nginx.url}/slow/large.mp3"], cwd=tmp_path,
+                               env=clean_environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    until(lambda: is_writing(process, tmp_path))
+    process.send_signal(end)
+    out, complaints = process.communicate(timeout=TIME_LIMIT)
+    assert (process.returncode, out, complaints) == (130 if end == signal.SIGINT else -end, b"", b"")
+    assert os.listdir(tmp_path) == []
 
 
 def test_behind_redirects(quorin, nginx, plain_mp3, tmp_path):

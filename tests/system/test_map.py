@@ -290,6 +290,13 @@ def test_a_picture_is_not_replaced_unless_force_is_given(quorin, covered):
     xml.etree.ElementTree.parse(covered / "m.svg")
 
 
+def test_the_item_itself_is_never_replaced(quorin, covered, covered_mp3):
+    result = quorin("map", "--force", "--svg", "covered.mp3", "covered.mp3")
+    assert (result.code, result.out, result.complaints) == (
+        4, "", ["quorin: covered.mp3: covered.mp3 is what is being read, and stays as it is"])
+    assert (covered / "covered.mp3").read_bytes() == covered_mp3
+
+
 def test_a_picture_that_cannot_be_written(quorin, covered):
     result = quorin("map", "--svg", "nowhere/m.svg", "covered.mp3")
     assert (result.code, result.complaints) == (

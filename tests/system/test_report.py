@@ -90,6 +90,19 @@ def test_a_page_that_is_there_stays_unless_forced(quorin, scan, tmp_path):
     assert (tmp_path / "r.html").read_text() != "mine"
 
 
+def test_the_scan_itself_is_never_replaced(quorin, scan, tmp_path):
+    name = scan(*scans.collection(20))
+    before = (tmp_path / name).read_bytes()
+    (tmp_path / "link").symlink_to(name)
+    for page in (name, f"./{name}", "link"):
+        result = quorin("report", name, "-o", page, "--force")
+        assert (result.code, result.complaints) == (
+            4, [f"quorin: {page} is what is being read, and stays as it is"])
+        with open(tmp_path / name, "rb") as scan_file:
+            assert quorin("report", "-", "-o", page, "--force", stdin=scan_file).code == 4
+    assert (tmp_path / name).read_bytes() == before
+
+
 def test_a_page_that_cannot_be_written(quorin, scan):
     result = quorin("report", scan(scans.record("/a")), "-o", "missing/r.html")
     assert (result.code, result.complaints) == (4, ["quorin: missing/r.html: no such file or directory"])

@@ -32,6 +32,7 @@ http {
       ngx.status = tonumber(ngx.var.code); ngx.header["Location"] = ngx.unescape_uri(ngx.var.arg_to or "")
       ngx.print("look there"); return ngx.exit(ngx.OK) } }
     location /norange/ { alias www/; max_ranges 0; }
+    location /slow/ { alias www/; limit_rate 8m; }
     location /any/ { rewrite ^ /named.mp3 break; }
     location /typed/ { alias www/; header_filter_by_lua_block {
       ngx.header.content_type = ngx.unescape_uri(ngx.var.arg_type) } }
@@ -61,7 +62,7 @@ class Nginx:
     """A real server: its root is `www`; /status/N answers N, /moved leads to /song.mp3, /lost
     redirects to nowhere, /go/3xx?to=URI to
     that URI; /typed/NAME?type=T serves NAME as that type;
-    /norange/NAME without ranges; /any/... serves named.mp3; https with a certificate that only `ca` has signed."""
+    /norange/NAME without ranges; /slow/NAME at 8 MiB a second; /any/... serves named.mp3; https with a certificate that only `ca` has signed."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)

@@ -97,8 +97,11 @@ ItemError nameIsTaken(const std::string& path) {
 
 ItemError cannotWrite(const std::string& path, int error) {
   const std::string file = path == "-" ? "standard output" : path;
-  return error == EEXIST ? ItemError{"file_exists", fmt::format("{} is there already (--force replaces it)", file)}
-                         : ItemError{"cannot_write", fmt::format("{}: {}", file, reasonOf(error))};
+  if (error == EEXIST) {
+    return {"file_exists", fmt::format("{} is there already (--force replaces it)", file)};
+  }
+  return {"cannot_write", error == ETXTBSY ? fmt::format("{} is what is being read, and stays as it is", file)
+                                           : fmt::format("{}: {}", file, reasonOf(error))};
 }
 
 ItemError notRecognised() { return {"not_recognised", "not recognised"}; }

@@ -31,7 +31,7 @@ ItemError localTarget();
 ItemError noPicture();
 ItemError severalPictures();
 ItemError nameIsTaken(const std::string& path);
-ItemError cannotWrite(const std::string& path, int error);  ///< `error` is an errno
+ItemError cannotWrite(const std::string& path, int error);  ///< `error` is what NewFile::commit returned
 
 ItemError notRecognised();
 ItemError emptyItem();

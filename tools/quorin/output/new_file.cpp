@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 #include "item/item.h"
@@ -16,38 +14,62 @@ namespace quorin_command {
 
 namespace {
 
-/// What a file would have whose name nobody chose: the rights that the user gives new files.
-mode_t ordinaryMode() {
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return 0666 & ~mask;
+/// Whether a file is open for reading here, be it an item, a scan or standard input. The program has few descriptors,
+/// and they are numbered from 0 on.
+bool isBeingRead(const struct stat& file) {
+  constexpr int mostDescriptors = 256;
+  for (int descriptor = 0; descriptor < mostDescriptors; ++descriptor) {
+    struct stat status = {};
+    const int mode = ::fcntl(descriptor, F_GETFL);
+    if (mode >= 0 && (mode & O_ACCMODE) != O_WRONLY && ::fstat(descriptor, &status) == 0 &&
+        status.st_dev == file.st_dev && status.st_ino == file.st_ino) {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
 
-NewFile::NewFile(std::string path, bool force) : path_(std::move(path)), force_(force) {
-  if (isStandardOutput()) {
-    return;
+NewFile::NewFile(std::string path, bool force, FileNames& names)
+    : path_(std::move(path)), force_(force), names_(names) {
+  if (!isStandardOutput()) {
+    error_ = whyNotTo();
+    error_ = error_ != 0 ? error_ : create();
   }
-  if (!force_ && isFile(path_)) {
-    error_ = EEXIST;
-    return;
-  }
-  struct stat status = {};
-  if (::stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-    error_ = ENOTSUP;  // a device or a pipe is not to be replaced by a file
-    return;
-  }
-  temporary_ = path_.substr(0, path_.find_last_of('/') + 1) + ".quorin.XXXXXX";
-  descriptor_ = ::mkostemp(temporary_.data(), O_CLOEXEC);
-  error_ = descriptor_ < 0 ? errno : 0;
 }
 
 NewFile::~NewFile() {
-  if (descriptor_ >= 0) {
-    ::close(descriptor_);
-    ::unlink(temporary_.c_str());
+  static_cast<void>(close());
+  if (temporary_) {
+    names_.remove(temporary_->text());
   }
+}
+
+/// @return an errno
+int NewFile::whyNotTo() const {
+  struct stat status = {};
+  const bool isThere = ::stat(path_.c_str(), &status) == 0;
+  if (isThere && S_ISREG(status.st_mode) && isBeingRead(status)) {
+    return ETXTBSY;
+  }
+  if (!force_ && isFile(path_)) {
+    return EEXIST;
+  }
+  return isThere && !S_ISREG(status.st_mode) ? ENOTSUP : 0;  // a device or a pipe is not to be replaced by a file
+}
+
+int NewFile::create() {
+  const std::string folder = folderOf(path_);
+  descriptor_ = names_.openNameless(folder.empty() ? "." : folder);
+  if (descriptor_ >= 0) {
+    return 0;
+  }
+  const int error = names_.create(temporary_.emplace(path_).text(), descriptor_);
+  if (error != 0) {
+    temporary_.reset();
+  }
+  return error;
 }
 
 void NewFile::write(std::string_view bytes) {
@@ -57,18 +79,36 @@ void NewFile::write(std::string_view bytes) {
 }
 
 int NewFile::commit() {
-  if (error_ != 0 || isStandardOutput()) {
-    return error_;
-  }
-  const bool kept = ::fchmod(descriptor_, ordinaryMode()) == 0 && ::close(std::exchange(descriptor_, -1)) == 0;
-  // A link refuses to replace a file that has come there meanwhile, a renaming would not.
-  const bool named = kept && (force_ ? ::rename(temporary_.c_str(), path_.c_str()) == 0
-                                     : ::link(temporary_.c_str(), path_.c_str()) == 0);
-  error_ = named ? 0 : errno;
-  if (!named || !force_) {
-    ::unlink(temporary_.c_str());
+  if (error_ == 0 && !isStandardOutput()) {
+    error_ = temporary_ ? nameIt() : nameNameless();
   }
   return error_;
 }
+
+int NewFile::nameIt() {
+  const std::string& name = temporary_->text();
+  int error = close();
+  if (error == 0) {
+    error = force_ ? names_.rename(name, path_) : moveIfFree(names_, name, path_);
+  }
+  if (error != 0) {
+    names_.remove(name);
+  }
+  temporary_.reset();
+  return error;
+}
+
+int NewFile::nameNameless() {
+  const int error = names_.linkNameless(descriptor_, path_);
+  if (error != EEXIST || !force_) {
+    return error;
+  }
+  // A link replaces nothing; a renaming does.
+  const int linkError = names_.linkNameless(descriptor_, temporary_.emplace(path_).text());
+  return linkError != 0 ? linkError : nameIt();
+}
+
+/// @return an errno
+int NewFile::close() { return descriptor_ < 0 || ::close(std::exchange(descriptor_, -1)) == 0 ? 0 : errno; }
 
 }  // namespace quorin_command

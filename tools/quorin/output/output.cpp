@@ -9,6 +9,7 @@
 
 #include "command_line/exit_codes.h"
 #include "output/talk.h"
+#include "output/temporary_name.h"
 
 namespace quorin_command {
 
@@ -17,11 +18,34 @@ namespace {
 volatile std::sig_atomic_t lineUnderWay = 0;
 volatile std::sig_atomic_t interrupted = 0;
 
+[[noreturn]] void endInterrupted() {
+  removeTemporaryFile();
+  ::_exit(EXIT_INTERRUPTED);
+}
+
 void onInterrupt(int /*signal*/) {
   if (lineUnderWay == 0 || interrupted != 0) {
-    ::_exit(EXIT_INTERRUPTED);
+    endInterrupted();
   }
   interrupted = 1;
+}
+
+/// The signal ends the program as it would have without us: when this returns, and it can arrive again.
+void onEnd(int signal) {
+  removeTemporaryFile();
+  static_cast<void>(::raise(signal));
+}
+
+/// A shell that starts a program in the background tells it to ignore SIGINT, and nohup SIGHUP; so it stays.
+void handleUnlessIgnored(int signal, void (*handler)(int), int flags) {
+  struct sigaction before = {};
+  if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) {
+    return;
+  }
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = flags;
+  ::sigaction(signal, &action, nullptr);
 }
 
 /// A closed standard stream is replaced by one on which every use fails, so that no file or connection gets its number.
@@ -63,15 +87,10 @@ void prepareStreams() {
   ignore.sa_handler = SIG_IGN;
   ::sigaction(SIGPIPE, &ignore, nullptr);
   ::sigaction(SIGXFSZ, &ignore, nullptr);
-  struct sigaction before = {};
-  // A shell that starts a program in the background tells it to ignore SIGINT; so it stays.
-  if (::sigaction(SIGINT, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) {
-    return;
+  handleUnlessIgnored(SIGINT, onInterrupt, SA_RESTART);
+  for (const int signal : {SIGTERM, SIGHUP, SIGQUIT}) {
+    handleUnlessIgnored(signal, onEnd, static_cast<int>(SA_RESETHAND));
   }
-  struct sigaction end = {};
-  end.sa_handler = onInterrupt;
-  end.sa_flags = SA_RESTART;
-  ::sigaction(SIGINT, &end, nullptr);
 }
 
 bool writeData(std::string_view text) {
@@ -79,7 +98,7 @@ bool writeData(std::string_view text) {
   const int error = writeAll(STDOUT_FILENO, text);
   lineUnderWay = 0;
   if (interrupted != 0) {
-    ::_exit(EXIT_INTERRUPTED);
+    endInterrupted();
   }
   return isFine(error);
 }

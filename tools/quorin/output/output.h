@@ -4,13 +4,14 @@
 
 /// @file
 /// Standard output and standard error. Data leaves in whole lines: SIGINT ends the program at once, unless a line is on
-/// its way; then as soon as the line is out, or at the second SIGINT.
+/// its way; then as soon as the line is out, or at the second SIGINT. A file that is not finished goes with the
+/// program, also at SIGTERM, SIGHUP and SIGQUIT.
 
 namespace quorin_command {
 
 /// To be called first in the program. Makes sure that nothing opened later lands on a closed standard stream, that a
-/// reader who goes away and a file that may grow no more show as a failed write, and that SIGINT ends the program with
-/// EXIT_INTERRUPTED.
+/// reader who goes away and a file that may grow no more show as a failed write, that SIGINT ends the program with
+/// EXIT_INTERRUPTED, and that no signal leaves a TemporaryName behind.
 void prepareStreams();
 
 /// Writes whole lines to standard output, to the last byte.
