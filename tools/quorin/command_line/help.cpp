@@ -2,7 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <map>
+#include <string_view>
+
 #include "command_line/exit_codes.h"
+#include "command_line/option_table.h"
 
 namespace quorin_command {
 
@@ -15,48 +20,80 @@ std::string usageLine(const CommandDefinition& command) {
                      command.operands);
 }
 
+/// What fits terminals of any age.
+constexpr size_t width = 80;
+
+/// Where the descriptions of options begin.
+constexpr size_t descriptionColumn = 32;
+
+/// Words, with blanks or line ends between them.
+std::string filled(std::string_view text, size_t indent) {
+  std::string lines;
+  size_t column = indent;
+  while (!text.empty()) {
+    const std::string_view word = text.substr(0, text.find(' '));
+    text.remove_prefix(std::min(word.size() + 1, text.size()));
+    if (column > indent && column + 1 + word.size() > width) {
+      lines += '\n' + std::string(indent, ' ');
+      column = indent;
+    } else if (column > indent) {
+      lines += ' ';
+      ++column;
+    }
+    lines += word;
+    column += word.size();
+  }
+  return lines + '\n';
+}
+
+std::string optionLines(const OptionRow& row) {
+  const std::string left = fmt::format("  {} {} ", fmt::join(row.names, ", "), row.value);
+  const std::string gap(std::max(descriptionColumn, left.size()) - left.size(), ' ');
+  return left + gap + filled(row.description, descriptionColumn);
+}
+
 /// The options by their groups.
 std::string optionsOf(const CommandDefinition& command) {
-  CLI::App app;
-  Given given;
-  define(command, app, given);
-  std::string options = app.help();
-  options.erase(0, options.find("\n\n") + 1);  // CLI11's own usage line
-  for (size_t gap = 0; (gap = options.find("\n\n\n")) != std::string::npos;) {
-    options.erase(gap, 1);  // CLI11 puts two empty lines between groups
+  std::vector<std::string> groups;
+  std::map<std::string, std::string> lines;
+  for (const OptionRow& row : optionTable(command)) {
+    if (lines[row.group].empty()) {
+      groups.push_back(row.group);
+    }
+    lines[row.group] += optionLines(row);
   }
-  return options;
+  std::string text;
+  for (const std::string& group : groups) {
+    text += fmt::format("\n{}:\n{}", group, lines[group]);
+  }
+  return text + '\n';
 }
 
 std::string otherCommands() {
   std::string text = "\nCommands ('quorin COMMAND --help' tells more):\n";
   for (const CommandDefinition& command : commandDefinitions()) {
-    text += fmt::format("  {:<28}{}\n", fmt::format("quorin {}", command.name), command.summary);
+    text += fmt::format("  {:<17}{}\n", fmt::format("quorin {}", command.name), command.summary);
   }
   return text;
 }
 
 /// As one paragraph.
 std::string exitStatusText() {
-  constexpr size_t width = 84;
   std::string text = "Exit status:";
-  size_t column = text.size();
   for (const ExitStatusMeaning& entry : exitStatusMeanings()) {
     const bool last = &entry == &exitStatusMeanings().back();
-    const std::string phrase = fmt::format(" {} {}{}", entry.status, entry.meaning, last ? "." : ";");
-    const bool fits = column + phrase.size() <= width;
-    text += fits ? phrase : '\n' + phrase.substr(1);
-    column = fits ? column + phrase.size() : phrase.size() - 1;
+    text += fmt::format(" {} {}{}", entry.status, entry.meaning, last ? "." : ";");
   }
-  return text + '\n';
+  return filled(text, 0);
 }
 
 }  // namespace
 
 const char* aboutItems() {
-  return "A URI is a path, or file:, vdr2://, http:// or https://. A name that begins like a\n"
-         "URI but is a file's is taken for the file unless it has '://'; write ./NAME to be\n"
-         "sure, also for a file called like a command or '-'. Everything behind '--' is a URI.\n";
+  return "A URI is a path, or file:, vdr2://, http:// or https://. A name that begins like\n"
+         "a URI but is a file's is taken for the file unless it has '://'; write ./NAME to\n"
+         "be sure, also for a file called like a command or '-'. Everything behind '--' is\n"
+         "a URI.\n";
 }
 
 const std::vector<ExitStatusMeaning>& exitStatusMeanings() {

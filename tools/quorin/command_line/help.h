@@ -7,7 +7,7 @@
 
 namespace quorin_command {
 
-/// What an item is, in lines of at most 86 characters.
+/// What an item is, in lines of at most 80 characters.
 const char* aboutItems();
 
 /// What an exit status says.
