@@ -48,6 +48,13 @@ def until(happens):
         time.sleep(0.01)
 
 
+def check_records(text):
+    """Holds each record in a text against the schema."""
+    for line in text.split("\n"):  # a name may hold what str.splitlines takes for a line end
+        if line.startswith('{"v":'):
+            VALIDATOR.validate(json.loads(line))
+
+
 class Result:
     def __init__(self, code, out, err):
         self.code, self.out, self.err = code, out, err
@@ -78,10 +85,9 @@ class Quorin:
             **how,
         )
         out = (process.stdout or b"").decode("utf-8", "surrogateescape")
-        for line in out.split("\n"):  # a name may hold what str.splitlines takes for a line end
-            if line.startswith('{"v":'):
-                VALIDATOR.validate(json.loads(line))
-        return Result(process.returncode, out, process.stderr.decode("utf-8", "surrogateescape"))
+        err = process.stderr.decode("utf-8", "surrogateescape")
+        check_records(out + err)
+        return Result(process.returncode, out, err)
 
     def records(self, *arguments, **how):
         """The records of the items."""

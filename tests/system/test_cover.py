@@ -1,5 +1,6 @@
 """quorin cover: embedded pictures, byte for byte, and nothing else."""
 
+import base64
 import contextlib
 import os
 import pathlib
@@ -218,6 +219,58 @@ def test_items_of_a_list(quorin, song, covers):
         "covers/a.jpg\ncovers/b.png\n")
 
 
+# As records
+
+
+def test_a_record_tells_the_files(quorin, song, covers, tmp_path):
+    song("a.mp3", PICTURE, PNG, GIF, b"BM")
+    looked = quorin.record("a.mp3")
+    record = quorin.record("cover", "-d", "covers", "a.mp3")
+    assert [(file["path"], file["type"]) for file in record["files"]] == [
+        ("covers/a-1.jpg", "jpeg"), ("covers/a-2.png", "png"), ("covers/a-3.gif", "gif"), ("covers/a-4.bin", "other")]
+    assert [{"offset": file["offset"], "length": file["length"]} for file in record["files"]] == (
+        record["audio"]["pictures"])
+    assert (covers / "a-2.png").read_bytes() == PNG
+    for name in ("uri", "kind", "code", "mime_type", "audio", "play_position"):
+        assert record[name] == looked[name]
+
+
+def test_what_copying_costs_is_in_the_record(quorin, song):
+    song("a.mp3", PNG + bytes(3_000_000))
+    looked = quorin.record("a.mp3")["cost"]["bytes"]
+    assert looked < 100_000
+    # Its first bytes were in the cache already.
+    assert 0 <= looked + 3_000_000 - quorin.record("cover", "-o", "c", "a.mp3")["cost"]["bytes"] < 65536
+
+
+def test_a_record_of_a_file_whose_name_is_not_utf8(quorin, song):
+    song("a.mp3", PICTURE)
+    (file,) = quorin.record("cover", "-o", b"caf\xe9.jpg", "a.mp3")["files"]
+    assert base64.b64decode(file["path_b64"]) == b"caf\xe9.jpg"
+
+
+def test_each_trouble_has_its_record(quorin, song, album, covers, plain_mp3):
+    song("a.mp3", PICTURE, PNG)
+    (album / "folder").mkdir()
+    (covers / "a-2.png").write_text("mine")
+    items = ("02 日本語の歌.mp3", "missing", "folder", "noise.bin", "http://h/a b", "a.mp3")
+    records = quorin.records("cover", "-q", "-d", "covers", *items)
+    assert [(record["kind"], record["error"]["name"]) for record in records] == [
+        ("error", name) for name in ("no_picture", "not_found", "not_audio", "not_recognised", "not_audio",
+                                     "file_exists")]
+    assert [record["files"] for record in records[:-1]] == [[]] * 5
+    # What was written before the trouble is there, and told.
+    assert [file["path"] for file in records[-1]["files"]] == ["covers/a-1.jpg"]
+    assert quorin.record("cover", "-d", "nowhere", "a.mp3")["error"]["name"] == "cannot_write"
+
+
+def test_a_report_takes_these_records(quorin, song):
+    song("a.mp3", PICTURE)
+    for command in (("cover", "-o", "c.jpg"), ("map",)):
+        result = quorin("report", "-", "-o", "-", text=quorin(*command, "--json", "a.mp3").out.encode())
+        assert (result.code, result.err) == (0, "")
+
+
 # Over HTTP
 
 
@@ -290,7 +343,7 @@ def test_what_a_picture_of_the_network_is_called(quorin, nginx, plain_mp3, cover
     (("-o", "x", "-d", "y", "a.mp3"), "'cover' needs one of -o and -d"),
     (("-o", "x", "a.mp3", "b.mp3"), "-o is for a single item; -d takes several"),
     (("-o", "x", "--files-from", "-"), "-o is for a single item; -d takes several"),
-    (("-o", "x", "--json", "a.mp3"), "'cover' takes no option --json"),
+    (("-o", "-", "--json", "a.mp3"), "--json and -o - both write to standard output"),
 ])
 def test_wrong_usage(quorin, arguments, cause):
     result = quorin("cover", *arguments)

@@ -102,4 +102,4 @@ source {DOCUMENTS}/_quorin
 """
     out = run("zsh", "-f", "-c", script).stdout
     assert "*--force[replace files that are there already]" in out
-    assert "*-v[" not in out
+    assert "*-j[" not in out

@@ -1,5 +1,6 @@
 """--follow: the chain of redirects from an item to what is behind it, and where it ends."""
 
+import re
 import urllib.parse
 
 import pytest
@@ -49,6 +50,15 @@ def test_without_the_option_nothing_is_followed(quorin, chain):
 
 def test_what_does_not_redirect_has_no_chain(quorin, nginx):
     assert "via" not in quorin.record("--follow", "9", f"{nginx.url}/song.mp3")
+
+
+@pytest.mark.parametrize("command", [(), ("scan",), ("cover", "-d", "."), ("map",), ("play",)])
+def test_each_step_is_told_on_request(quorin, chain, command):
+    outer, inner, song = chain
+    with open("/dev/null", "wb") as null:
+        said = quorin(*command, "-v", "-f2", outer, stdout=null).complaints
+    assert said[:2] == [f"quorin: {outer}: redirects to {inner}", f"quorin: {outer}: redirects to {song}"]
+    assert re.fullmatch(r"quorin: \S+: (audio|error): [\d.]+ KiB in \d+ reads, \d requests, [\d.]+ m?s", said[2])
 
 
 def test_the_card_and_the_table_show_the_chain(quorin, chain):

@@ -195,6 +195,53 @@ def test_a_pipe_goes_on_too(quorin, tmp_path, plain_mp3):
         assert quorin("map", "fifo").out.splitlines()[1].endswith("…")
 
 
+# As a record
+
+
+def test_a_record_tells_the_same_as_the_table(quorin, covered):
+    record = quorin.record("map", "covered.mp3")
+    rows = table_of(quorin("map", "covered.mp3").out)
+    assert [(region["kind"], str(region["first"]), str(region["last"])) for region in record["map"]["regions"]] == [
+        row[1:4] for row in rows]
+    assert record["map"]["size"] == os.path.getsize(covered / "covered.mp3")
+    read = sum(span["last"] - span["first"] + 1 for span in record["map"]["read"])
+    assert 0 < read <= record["cost"]["bytes"] < 25000
+    assert record["map"]["read"][0]["first"] == 0
+    looked = quorin.record("covered.mp3")
+    assert {**record, "map": 0, "cost": 0} == {**looked, "map": 0, "cost": 0}
+
+
+def test_a_record_of_a_drawing_tells_its_file(quorin, covered):
+    record = quorin.record("map", "--svg", "m.svg", "covered.mp3")
+    assert record["files"] == [{"path": "m.svg", "length": os.path.getsize(covered / "m.svg"), "type": "svg"}]
+    assert len(record["map"]["regions"]) == 4
+    record = quorin.record("map", "--svg", "m.svg", "covered.mp3")
+    assert (record["kind"], record["error"]["name"], "files" in record) == ("error", "file_exists", False)
+
+
+def test_records_of_items_without_a_map(quorin, album):
+    (album / "folder").mkdir()
+    for item, kind, name in (("folder", "error", "not_audio"), ("missing", "error", "not_found"),
+                             ("empty.mp3", "unknown", "empty")):
+        record = quorin.record("map", item)
+        assert (record["kind"], record["error"]["name"], "map" in record) == (kind, name, False)
+
+
+def test_a_record_of_an_item_that_is_not_recognised(quorin, album):
+    record = quorin.record("map", "noise.bin")
+    assert record["map"]["regions"] == [{"kind": "unknown", "first": 0, "last": 16383}]
+
+
+def test_a_record_of_an_item_that_goes_on(quorin, tmp_path, plain_mp3):
+    os.mkfifo(tmp_path / "fifo")
+    with subprocess.Popen(["sh", "-c", "cat > fifo"], cwd=tmp_path, stdin=subprocess.PIPE) as writer:
+        writer.stdin.write(plain_mp3[:20000])
+        writer.stdin.close()
+        shown = quorin.record("map", "fifo")["map"]
+    assert "size" not in shown
+    assert shown["regions"] == [{"kind": "audio", "first": 0}]
+
+
 # As a picture
 
 
@@ -316,9 +363,9 @@ def test_a_picture_of_an_item_that_is_not_recognised(quorin, album):
 @pytest.mark.parametrize("arguments, cause", [
     ((), "no item is given"),
     (("a.mp3", "b.mp3"), "'map' takes one item"),
-    (("--json", "a.mp3"), "'map' takes no option --json"),
+    (("--json", "--svg", "-", "a.mp3"), "--json and --svg - both write to standard output"),
     (("--force", "a.mp3"), "--force needs --svg"),
-    (("--files-from", "list"), "'map' takes no option --files-from"),
+    (("--files-from", "list"), "'map' takes no option --files-from; it is for probe, scan, cover"),
 ])
 def test_wrong_usage(quorin, arguments, cause):
     result = quorin("map", *arguments)

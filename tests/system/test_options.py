@@ -23,10 +23,15 @@ def test_help_tells_every_option(quorin):
     assert (result.code, result.err) == (0, "")
     options = {"--files-from", "-0", "--medium", "--mode", "-f", "--follow", "--allow-local", "--timeout",
                "--connect-timeout", "--stall-timeout", "--user-agent", "--cacert", "--proxy", "--header", "--json",
-               "--color", "--log", "-q", "-h", "--help", "--version"}
+               "--color", "--log", "-q", "-v", "-h", "--help", "--version"}
     assert set(re.findall(r"(?<![\w-])--?[a-z0][a-z-]*(?=[ ,])", result.out.split("Items:")[1])) == options
-    assert all(len(line) <= 100 for line in result.out.splitlines())
+    assert result.out.endswith("130 SIGINT.\n")
     assert quorin("-h").out == quorin("probe", "--help").out == result.out
+
+
+@pytest.mark.parametrize("command", ["probe", "scan", "cover", "map", "play", "report"])
+def test_help_fits_any_terminal(quorin, command):
+    assert max(len(line) for line in quorin(command, "--help").out.splitlines()) <= 80
 
 
 def test_version(quorin):
@@ -121,6 +126,39 @@ def test_options_may_stand_anywhere(quorin, album):
 def test_a_value_may_look_like_an_option_or_a_word(quorin, album):
     assert quorin("--user-agent", "--json", "01 Opening.mp3").out.startswith("01 Opening.mp3\n")
     assert quorin("--user-agent", "probe", "01 Opening.mp3").out.startswith("01 Opening.mp3\n")
+
+
+def test_an_option_of_another_command_says_whose_it_is(quorin):
+    assert_usage_error(quorin("-j", "2", "a"), "'probe' takes no option -j; it is for scan")
+    assert_usage_error(quorin("play", "--progress=never", "a"), "'play' takes no option --progress; it is for scan")
+    assert_usage_error(quorin("scan", "--force", "a"), "'scan' takes no option --force; it is for cover, map, report")
+    assert_usage_error(quorin("report", "-f2", "a"), "'report' takes no option -f; it is for probe, scan, cover, map, play")
+
+
+# -v
+
+
+def details(result):
+    """What -v says, without times."""
+    return [re.sub(r", [\d.]+ m?s$", "", line) for line in result.complaints]
+
+
+def test_more_is_said_of_each_item(quorin, album):
+    result = quorin("-v", "02 日本語の歌.mp3", "noise.bin", "missing")
+    assert details(result) == [
+        "quorin: 02 日本語の歌.mp3: audio: 4.1 KiB in 2 reads",
+        "quorin: noise.bin: unknown (status -287): 16.0 KiB in 3 reads",
+        "quorin: noise.bin: not recognised",
+        "quorin: missing: error (status -296): 0 bytes in 0 reads",
+        "quorin: missing: no such file or directory",
+    ]
+    assert len(result.out.splitlines()) == 4
+
+
+def test_more_and_less_do_not_go_together(quorin):
+    for command in ("probe", "scan", "cover", "map", "play", "report"):
+        output = {"cover": ["-d", "."], "report": ["-o", "x"]}.get(command, [])
+        assert_usage_error(quorin(command, "-qv", *output, "a"), "-q and -v do not go together")
 
 
 # --files-from

@@ -1,10 +1,11 @@
 """quorin play: the audio to standard output."""
 
+import json
 import subprocess
 
 import pytest
 
-from conftest import COMMAND, TIME_LIMIT, clean_environment
+from conftest import COMMAND, TIME_LIMIT, check_records, clean_environment
 from web_server import Nginx, scripted_server
 
 
@@ -77,19 +78,45 @@ def test_the_metadata_of_a_live_stream_is_taken_out(plain_mp3):
 
 def test_the_titles_of_a_live_stream_are_told_on_request(plain_mp3):
     with scripted_server(live(plain_mp3), close=True) as url:
-        assert played("-v", url) == (
-            plain_mp3, 0, ["quorin: playing: One", "quorin: playing: It's; two", "quorin: playing: Two"])
+        out, code, said = played("-v", url)
+    assert (out, code) == (plain_mp3, 0)
+    assert said[:3] == ["quorin: playing: One", "quorin: playing: It's; two", "quorin: playing: Two"]
+    assert said[3].startswith(f"quorin: {url}: audio: 47.5 KiB in ") and len(said) == 4
 
 
 def test_titles_cannot_harm_a_terminal(plain_mp3):
     with scripted_server(live(plain_mp3, titles=("\x1b[2J",)), close=True) as url:
-        assert played("-v", url)[2] == ["quorin: playing: \\x1b[2J"]
+        assert played("-v", url)[2][0] == "quorin: playing: \\x1b[2J"
 
 
 def test_metadata_without_a_title_is_told_as_it_is(plain_mp3):
     stream = live(plain_mp3, titles=("One",)).replace(b"StreamTitle='One';StreamUrl='x'", b"just text".ljust(31, b"\0"))
     with scripted_server(stream, close=True) as url:
-        assert played("-v", url)[2] == ["quorin: playing: just text"]
+        assert played("-v", url)[2][0] == "quorin: playing: just text"
+
+
+# The record, which cannot be where the stream is
+
+
+def test_the_record_comes_last_on_standard_error(quorin, album, plain_mp3):
+    out, code, said = played("--json", "02 日本語の歌.mp3", cwd=album)
+    assert (out, code, len(said)) == (plain_mp3, 0, 1)
+    check_records(said[0])
+    record, looked = json.loads(said[0]), quorin.record("02 日本語の歌.mp3")
+    assert {**record, "cost": 0} == {**looked, "cost": 0}
+    assert record["cost"]["bytes"] >= len(plain_mp3)
+
+
+def test_the_record_of_what_cannot_be_played(album):
+    for item, name in (("01 Opening.mp3", None), ("missing", "not_found"), ("noise.bin", "not_recognised"),
+                       (".", "not_audio")):
+        with open("/dev/null", "w") as null:
+            said = subprocess.run([COMMAND, "play", "-q", "--json", item], cwd=album, env=clean_environment(),
+                                  stdout=null, stderr=subprocess.PIPE, timeout=TIME_LIMIT).stderr.decode()
+        check_records(said)
+        record = json.loads(said)
+        assert record.get("error", {}).get("name") == name
+        assert record["kind"] == ("error" if name else "audio")
 
 
 # What cannot be played
@@ -111,6 +138,6 @@ def test_a_stream_that_breaks_off_is_played_so_far(plain_mp3):
 
 
 @pytest.mark.parametrize("arguments, cause", [((), "no item is given"), (("a", "b"), "'play' takes one item"),
-                                              (("--json", "a"), "'play' takes no option --json")])
+                                              (("-o", "x", "a"), "'play' takes no option -o; it is for cover, report")])
 def test_wrong_usage(arguments, cause):
     assert played(*arguments) == (b"", 2, [f"quorin: {cause} ('quorin --help' tells more)"])

@@ -38,8 +38,8 @@ def test_wrong_usage(quorin):
     assert_usage_error(quorin("report", "scan"), "'report' needs -o")
     assert_usage_error(quorin("report", "scan", "other", "-o", "r.html"), "'report' takes one scan")
     assert_usage_error(quorin("report", "scan", "-o"), "-o needs a value")
-    assert_usage_error(quorin("report", "scan", "--json"), "'report' takes no option --json")
-    assert_usage_error(quorin("report", "scan", "-d", "folder"), "'report' takes no option -d")
+    assert_usage_error(quorin("report", "scan", "--json"), "'report' takes no option --json; it is for probe, scan, cover, map, play")
+    assert_usage_error(quorin("report", "scan", "-d", "folder"), "'report' takes no option -d; it is for cover")
 
 
 def test_the_help_tells_nothing_of_items(quorin):
@@ -172,6 +172,16 @@ def test_of_many_wrong_lines_the_first_are_told(quorin, scan):
     assert result.code == 1
     assert result.complaints == [f"quorin: scan.ndjson:{n}: not a record of quorin" for n in range(2, 12)] + [
         "quorin: scan.ndjson: 1 234 lines in all are not records of quorin"]
+
+
+def test_how_much_is_said(quorin, scan):
+    name = scan(*scans.collection(20), scans.record("/a", "error", **scans.error("empty", "empty")), *["noise"] * 20)
+    result = quorin("report", "-q", name, "-o", "r.html")
+    assert (result.code, result.err) == (1, "")
+    result = quorin("report", "-v", name, "-o", "s.html")
+    assert (result.code, result.complaints[-1]) == (
+        1, "quorin: scan.ndjson: 21 items, of which 1 failed and 0 were not recognised")
+    assert len(result.complaints) == 12
 
 
 def test_a_line_longer_than_any_record_is_not_kept(quorin, scan):

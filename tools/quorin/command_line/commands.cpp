@@ -11,57 +11,63 @@ const std::vector<CommandDefinition>& commandDefinitions() {
        "URI...",
        "what is each item?",
        "Tells what is behind each URI: an audio stream of which format, how long it is,\n"
-       "where its data lies, what a player may do with it. One item gives a card, several\n"
-       "give a table.\n",
-       {defineItemList, defineSources, defineRedirects, defineNetwork, defineJson, defineMessages},
+       "where its data lies, what a player may do with it. One item gives a card,\n"
+       "several give a table.\n",
+       {defineItemList, defineSources, defineRedirects, defineNetwork, defineJson, defineLook, defineTalk},
        0},
       {Command::Scan,
        "scan",
        "PATH...",
        "analyse every file in folders",
-       "Walks the folders and analyses every regular file in them, several at once. Writes\n"
-       "a JSON record per file as it comes, or rows of a table to a terminal unless --json\n"
-       "is given. A folder is looked into once, however many links lead there. Files that\n"
-       "are not recognised are counted, but are no failure.\n",
-       {defineItemList, defineScan, defineSources, defineRedirects, defineNetwork, defineJson, defineMessages},
+       "Walks the folders and analyses every regular file in them, several at once.\n"
+       "Writes a JSON record per file as it comes, or rows of a table to a terminal\n"
+       "unless --json is given. A folder is looked into once, however many links lead\n"
+       "there. Files that are not recognised are counted, but are no failure.\n",
+       {defineItemList, defineScan, defineSources, defineRedirects, defineNetwork, defineJson, defineLook, defineTalk},
        0},
       {Command::Cover,
        "cover",
        "(-o FILE | -d DIR) URI...",
        "copy the embedded pictures out",
-       "Copies the embedded pictures of each item into files and reads nothing else of it.\n"
-       "Prints the name of each file that was written. Several pictures of an item are\n"
-       "numbered. A file that is there already stays as it is, unless --force is given.\n",
+       "Copies the embedded pictures of each item into files and reads nothing else of\n"
+       "it. Prints the name of each file that was written. Several pictures of an item\n"
+       "are numbered. A file that is there already stays as it is, and its item has\n"
+       "failed, unless --force is given.\n",
        {defineItemList, defineSources, defineRedirects, defineNetwork, defineOutputFile, defineOutputFolder,
-        defineForce, defineMessages},
+        defineForce, defineJson, defineLook, defineTalk},
        0},
       {Command::Map,
        "map",
        "URI [--svg FILE]",
        "what lies where, and which bytes were read to find out",
-       "Shows where tags, pictures, headers, audio and what follows it lie in an item, and\n"
-       "which of its bytes were read to find out. With --svg the map becomes a picture for\n"
-       "a browser. A file that is there already stays as it is, unless --force is given.\n",
-       {defineSources, defineRedirects, defineNetwork, defineMapPicture, defineForce, defineMessages},
+       "Shows where tags, pictures, headers, audio and what follows it lie in an item,\n"
+       "and which of its bytes were read to find out. With --svg the map becomes a\n"
+       "picture for a browser. A file that is there already stays as it is, and its item\n"
+       "has failed, unless --force is given.\n",
+       {defineSources, defineRedirects, defineNetwork, defineMapPicture, defineForce, defineJson, defineLook,
+        defineTalk},
        1},
       {Command::Play,
        "play",
        "URI",
        "write the stream from the play position to standard output",
-       "Writes the audio to standard output, from where playing begins to its end, without\n"
-       "the metadata of a live stream: quorin play URL | mpg123 -\n"
-       "Ends quietly when the reader goes away.\n",
-       {defineSources, defineRedirects, defineNetwork, defineTitles, defineMessages},
+       "Writes the audio to standard output, from where playing begins to its end,\n"
+       "without the metadata of a live stream: quorin play URL | mpg123 -\n"
+       "Ends quietly when the reader goes away. Standard output is the stream alone:\n"
+       "with --json the record comes last on standard error.\n",
+       {defineSources, defineRedirects, defineNetwork, defineJson, defineLook, defineTalk},
        1},
       {Command::Report,
        "report",
        "-o FILE SCAN",
        "make a page for the browser from records",
-       "Makes one HTML page from what --json has written to SCAN ('-': standard input): the\n"
-       "totals, how formats, lengths and bit rates are spread, what took longest and cost\n"
-       "most, what failed and why, and a list to search and sort. The page needs no network.\n"
-       "A line that is no record is told, left out, and counts like an item that failed.\n",
-       {defineOutputFile, defineForce},
+       "Makes one HTML page from what --json has written to SCAN ('-': standard input):\n"
+       "the totals, how formats, lengths and bit rates are spread, what took longest and\n"
+       "cost most, what failed and why, and a list to search and sort. The page needs no\n"
+       "network. A line that is no record is told, left out, and counts like an item\n"
+       "that failed. A FILE that is there already stays as it is, unless --force is\n"
+       "given; that is an output error (4), for there is no item that could have failed.\n",
+       {defineOutputFile, defineForce, defineTalk},
        1},
   };
   return definitions;

@@ -44,16 +44,8 @@ std::string optionEntry(const OptionRow& row) {
 
 /// Which commands take an option, unless all do.
 std::string takers(const OptionRow& row) {
-  std::string names;
-  size_t count = 0;
-  for (const CommandDefinition& command : commandDefinitions()) {
-    const auto table = optionTable(command);
-    const bool takes =
-        std::any_of(table.begin(), table.end(), [&row](const OptionRow& r) { return r.names == row.names; });
-    names += takes ? fmt::format("{}{}", names.empty() ? "" : ", ", command.name) : "";
-    count += takes ? 1U : 0U;
-  }
-  return count == commandDefinitions().size() ? "" : fmt::format("({})\n", names);
+  const std::vector<std::string> names = takersOf(row.names.front());
+  return names.size() == commandDefinitions().size() ? "" : fmt::format("({})\n", fmt::join(names, ", "));
 }
 
 /// Every option once, by its group.
@@ -85,7 +77,10 @@ std::string exitStatusEntries() {
   for (const ExitStatusMeaning& entry : exitStatusMeanings()) {
     text += fmt::format(".TP\n.B {}\n{}\n", entry.status, roff(entry.meaning));
   }
-  return text;
+  return text +
+         ".PP\nA file that is there already is met in two ways. With cover and map it is the "
+         "item\nthat has failed (1 or 3), and the next one comes. A report has no items, so that is an output error "
+         "(4).\nAny other failure to write ends the program at once (4). What is being read is never replaced (4).\n";
 }
 
 std::string commandTexts() {

@@ -124,7 +124,8 @@ void defineScan(CLI::App& app, Given& given) {
 }
 
 void defineJson(CLI::App& app, Given& given) {
-  app.add_flag("--json", given.options.json, "one JSON object per item and line")->group("Output");
+  app.add_flag("--json", given.options.json, "one JSON object per item and line; with play it goes to standard error")
+      ->group("Output");
 }
 
 void defineOutputFile(CLI::App& app, Given& given) {
@@ -149,12 +150,7 @@ void defineForce(CLI::App& app, Given& given) {
   app.add_flag("--force", given.options.force, "replace files that are there already")->group("Output");
 }
 
-void defineTitles(CLI::App& app, Given& given) {
-  app.add_flag("-v", given.options.titles, "tell on standard error what a live stream says it is playing")
-      ->group("Output");
-}
-
-void defineMessages(CLI::App& app, Given& given) {
+void defineLook(CLI::App& app, Given& given) {
   const char* const group = "Output";
   addChoice<ColorWish>(app, "--color", given.options.color, "colour; auto: at a terminal, unless NO_COLOR is set",
                        {{"auto", ColorWish::Auto}, {"always", ColorWish::Always}, {"never", ColorWish::Never}})
@@ -162,7 +158,14 @@ void defineMessages(CLI::App& app, Given& given) {
   addChoice<uint32_t>(app, "--log", given.options.logLevel, "show the library's own log lines up to this level",
                       {{"error", 3000}, {"info", 4000}, {"verbose", 5000}})
       ->group(group);
-  app.add_flag("-q", given.options.quiet, "say nothing about items that fail; the exit status tells")->group(group);
+}
+
+void defineTalk(CLI::App& app, Given& given) {
+  const char* const group = "Output";
+  app.add_flag("-q", given.options.quiet, "say nothing about what fails; the exit status tells")->group(group);
+  app.add_flag("-v", given.options.verbose,
+               "say more on standard error: where redirects lead, what was read of each item, what a live stream plays")
+      ->group(group);
 }
 
 void defineAnswers(CLI::App& app, Given& given) {

@@ -38,8 +38,8 @@ void defineOutputFile(CLI::App& app, Given& given);    ///< where the output goe
 void defineOutputFolder(CLI::App& app, Given& given);  ///< where several files go
 void defineMapPicture(CLI::App& app, Given& given);    ///< where the drawing of a map goes
 void defineForce(CLI::App& app, Given& given);         ///< whether files may be replaced
-void defineTitles(CLI::App& app, Given& given);        ///< of live streams
-void defineMessages(CLI::App& app, Given& given);      ///< how much is said, and how
+void defineLook(CLI::App& app, Given& given);          ///< of what is said
+void defineTalk(CLI::App& app, Given& given);          ///< how much is said
 void defineAnswers(CLI::App& app, Given& given);       ///< what is answered at once: help, version
 
 /// The options that were given, put together.

@@ -41,4 +41,17 @@ std::vector<OptionRow> optionTable(const CommandDefinition& command) {
   return rows;
 }
 
+std::vector<std::string> takersOf(const std::string& name) {
+  std::vector<std::string> takers;
+  for (const CommandDefinition& command : commandDefinitions()) {
+    CLI::App app;
+    Given given;
+    define(command, app, given);
+    if (app.get_option_no_throw(name) != nullptr) {
+      takers.emplace_back(command.name);
+    }
+  }
+  return takers;
+}
+
 }  // namespace quorin_command

@@ -22,4 +22,8 @@ struct OptionRow {
 /// The options of a command in the order of their definition.
 std::vector<OptionRow> optionTable(const CommandDefinition& command);
 
+/// The names of the commands that take an option.
+/// @param name of the option, with its dashes
+std::vector<std::string> takersOf(const std::string& name);
+
 }  // namespace quorin_command

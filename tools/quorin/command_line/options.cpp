@@ -8,6 +8,7 @@
 #include "command_line/commands.h"
 #include "command_line/help.h"
 #include "command_line/nearest.h"
+#include "command_line/option_table.h"
 #include "item/item.h"
 
 namespace quorin_command {
@@ -116,9 +117,10 @@ std::string takeCommand(Sorted& sorted, const CommandDefinition*& command) {
 /// @param taken those of the command
 std::string unknownOption(const CLI::App& every, const CLI::App& taken, const CommandDefinition& command,
                           const std::string& argument) {
-  const std::string name = argument.substr(0, argument.find('='));
+  const bool isLong = argument[1] == '-';
+  const std::string name = isLong ? argument.substr(0, argument.find('=')) : argument.substr(0, 2);
   if (find(every, name) != nullptr) {
-    return fmt::format("'{}' takes no option {}", command.name, name);
+    return fmt::format("'{}' takes no option {}; it is for {}", command.name, name, fmt::join(takersOf(name), ", "));
   }
   std::vector<std::string> names;
   for (const CLI::Option* option : taken.get_options()) {
@@ -148,6 +150,12 @@ std::string whatDoesNotFit(const Options& options, const CommandDefinition& comm
   }
   if (isCover && options.outputFile.empty() == options.outputFolder.empty()) {
     return "'cover' needs one of -o and -d";
+  }
+  if (options.json && (options.outputFile == "-" || options.svgFile == "-")) {
+    return fmt::format("--json and {} - both write to standard output", isCover ? "-o" : "--svg");
+  }
+  if (options.quiet && options.verbose) {
+    return "-q and -v do not go together";
   }
   if (isCover && !options.outputFile.empty() && (options.words.size() > 1 || !options.filesFrom.empty())) {
     return "-o is for a single item; -d takes several";

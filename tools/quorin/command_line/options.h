@@ -37,13 +37,13 @@ struct Options {
   std::string outputFolder;  ///< where to write files; empty: not given
   std::string svgFile;       ///< where to draw a map; empty: not given
   bool force = false;        ///< whether files that are there already may be replaced
-  bool titles = false;       ///< whether the titles of a live stream are told
   unsigned int workers = 1;  ///< of a scan
   bool ordered = false;      ///< whether a scan tells items in the order in which it finds them
   std::string resume;        ///< records of an earlier scan; empty: none
   ProgressWish progress = ProgressWish::Auto;
   bool json = false;
   bool quiet = false;
+  bool verbose = false;  ///< whether more is said: the way of redirects, costs, titles of live streams
   ColorWish color = ColorWish::Auto;
   uint32_t logLevel = 0;  ///< level of the library's debug output
 };

@@ -30,14 +30,15 @@ std::string unescaped(std::string_view text) {
 
 }  // namespace
 
-const char* pictureEnding(std::string_view begin) {
+PictureType pictureType(std::string_view begin) {
   if (beginsWith(begin, "\xff\xd8\xff")) {
-    return ".jpg";
+    return {".jpg", "jpeg"};
   }
   if (beginsWith(begin, "\x89PNG\r\n\x1a\n")) {
-    return ".png";
+    return {".png", "png"};
   }
-  return beginsWith(begin, "GIF87a") || beginsWith(begin, "GIF89a") ? ".gif" : ".bin";
+  const bool isGif = beginsWith(begin, "GIF87a") || beginsWith(begin, "GIF89a");
+  return isGif ? PictureType{".gif", "gif"} : PictureType{".bin", "other"};
 }
 
 std::string pictureName(const std::string& uri) {

@@ -5,9 +5,14 @@
 
 namespace quorin_command {
 
-/// What the name of a picture file ends with, by the picture's first bytes: ".jpg", ".png" or ".gif", and ".bin" for
-/// anything else. Eight bytes tell; what a tag says of the type is often wrong.
-const char* pictureEnding(std::string_view begin);
+struct PictureType {
+  const char* ending;  ///< of the name of a file
+  const char* name;    ///< in records
+};
+
+/// What a picture is by its first bytes, of which eight tell: JPEG, PNG, GIF, or something else. What a tag says of the
+/// type is often wrong.
+PictureType pictureType(std::string_view begin);
 
 /// What the picture files of an item are called, without ending: the last part of its path without its own ending.
 std::string pictureName(const std::string& uri);

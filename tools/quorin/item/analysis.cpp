@@ -27,11 +27,6 @@ ItemError whyUnknown(zu::md::common::strell::Strell* strell) {
   return isEmpty(strell) ? emptyItem() : notRecognised();
 }
 
-void fail(Record& record, ItemError error) {
-  record.kind = Kind::Error;
-  record.error = std::move(error);
-}
-
 /// Whether an item lies on the server that the user named: what was meant for that one is not told to others.
 bool isAmongFriends(const Record& record) {
   return record.via.empty() || haveSameOrigin(record.via.front(), record.uri);

@@ -17,6 +17,9 @@ ExitCode runItems(const Options& options, const ItemWork& work) {
     Record record = analysis.of(name);
     work.work(analysis, record);
     tally.count(record);
+    if (options.verbose) {
+      tellMoreAbout(record);
+    }
     if (record.error && !options.quiet) {
       complainAbout(record);
     }

@@ -1,6 +1,7 @@
 #include "item/record.h"
 
 #include <boost/pointer_cast.hpp>
+#include <utility>
 
 #include "item/errors.h"
 #include "item/redirect_target.h"
@@ -72,6 +73,13 @@ void describe(const library::AnalyzeResult* result, Record& record) {
   } else {
     record.kind = info.mimeType == library::MimeTypes::ApplicationFolder ? Kind::Folder : Kind::Unknown;
   }
+}
+
+void fail(Record& record, ItemError error) {
+  record.kind = Kind::Error;
+  record.error = std::move(error);
+  record.audio.reset();
+  record.playPosition.reset();
 }
 
 bool hasFailed(const Record& record) {

@@ -71,6 +71,9 @@ struct Record {
 /// @param result may be empty, as may be what is in it
 void describe(const library::AnalyzeResult* result, Record& record);
 
+/// Makes it the record of an item with which something went wrong; it tells no more what it is good for.
+void fail(Record& record, ItemError error);
+
 /// Whether something went wrong with an item, be it that it was opened and then broke. What is merely not recognised is
 /// no failure.
 bool hasFailed(const Record& record);

@@ -2,13 +2,15 @@
 
 #include <cerrno>
 #include <cstring>
-#include <optional>
+#include <nlohmann/json.hpp>
 
 #include "item/item_run.h"
 #include "item/source_watch.h"
 #include "map/byte_map.h"
+#include "map/map_json.h"
 #include "map/map_svg.h"
 #include "map/map_text.h"
+#include "output/json_output.h"
 #include "output/new_file.h"
 #include "output/output.h"
 #include "probe/card.h"
@@ -67,8 +69,7 @@ class Drawer {
   /// Draws the map of an item; if that cannot be done, the record says why.
   void draw(Strell* source, Record& record) {
     if (record.kind == Kind::Redirect || record.kind == Kind::Folder) {
-      record.error = record.error ? record.error : notAudio(record.kind);
-      record.kind = Kind::Error;
+      fail(record, notAudio(record.kind));
     }
     if (record.kind == Kind::Error || source == nullptr) {
       return;
@@ -77,6 +78,7 @@ class Drawer {
     if (map.segments.empty()) {
       return;
     }
+    more_["map"] = mapJson(map);
     if (options_.svgFile.empty()) {
       text_ = cardHead(record, terminal_) + mapText(map, terminal_);
     } else {
@@ -85,7 +87,10 @@ class Drawer {
   }
 
   /// @return whether the run may go on
-  bool tell() const { return !outputFailed_ && (text_.empty() || writeData(text_)); }
+  bool tell(const Record& record) const {
+    const std::string text = options_.json ? jsonLine(record, more_) : text_;
+    return (text.empty() || writeData(text)) && !outputFailed_;
+  }
 
  private:
   void drawInto(const std::string& path, const std::string& svg, Record& record) {
@@ -93,16 +98,20 @@ class Drawer {
     file.write(svg);
     if (const int error = file.commit(); error != 0) {
       outputFailed_ = error != EEXIST;
-      record.error = cannotWrite(path, error);
-      record.kind = Kind::Error;
+      fail(record, cannotWrite(path, error));
     } else if (path != "-") {
       text_ = path + '\n';
+      nlohmann::ordered_json entry;
+      addName(entry, "path", path);
+      entry.update({{"length", svg.size()}, {"type", "svg"}});
+      more_["files"] = {entry};
     }
   }
 
   const Options& options_;
   const Terminal terminal_;
   std::string text_;
+  nlohmann::ordered_json more_ = nlohmann::ordered_json::object();  ///< what a record tells of a map
   bool outputFailed_ = false;
 };
 
@@ -111,7 +120,7 @@ class Drawer {
 int map(const Options& options) {
   Drawer drawer(options);
   return runItems(options, {[&](Analysis& analysis, Record& record) { drawer.draw(analysis.source(), record); },
-                            [&](const Record& /*record*/) { return drawer.tell(); }});
+                            [&](const Record& record) { return drawer.tell(record); }});
 }
 
 }  // namespace quorin_command

@@ -81,9 +81,15 @@ const char* kindName(Kind kind) {
 
 std::string uriInJson(const std::string& uri) { return isUtf8(uri) ? uri : base64(uri); }
 
-std::string jsonLine(const Record& record) {
+void addName(Json& object, const char* member, const std::string& name) {
+  object[isUtf8(name) ? member : "path_b64"] = uriInJson(name);
+}
+
+std::string jsonLine(const Record& record) { return jsonLine(record, Json::object()); }
+
+std::string jsonLine(const Record& record, const Json& more) {
   Json json = {{"v", recordVersion}};
-  json[isUtf8(record.uri) ? "uri" : "path_b64"] = uriInJson(record.uri);
+  addName(json, "uri", record.uri);
   json["kind"] = kindName(record.kind);
   addKnown(json, "code", record.code);
   addKnown(json, "mime_type", record.mimeType);
@@ -104,6 +110,7 @@ std::string jsonLine(const Record& record) {
   if (record.error) {
     json["error"] = {{"name", record.error->name}, {"message", record.error->message}};
   }
+  json.update(more);
   json["cost"] = {{"bytes", record.cost.bytes},
                   {"reads", record.cost.reads},
                   {"requests", record.cost.requests},

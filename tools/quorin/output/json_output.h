@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "item/record.h"
@@ -18,5 +19,12 @@ std::string uriInJson(const std::string& uri);
 /// The record as one line of JSON, line end included. Names and meaning: docs/record.schema.json. What is not known is
 /// left out; bytes of the item that are no UTF-8 read U+FFFD, except for a URI, which then travels as base64.
 std::string jsonLine(const Record& record);
+
+/// The same with members that a command adds.
+/// @param more an object
+std::string jsonLine(const Record& record, const nlohmann::ordered_json& more);
+
+/// Adds a name of the file system to an object: under `member` as it is, or as base64 under "path_b64".
+void addName(nlohmann::ordered_json& object, const char* member, const std::string& name);
 
 }  // namespace quorin_command

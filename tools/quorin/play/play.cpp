@@ -6,7 +6,9 @@
 #include <cerrno>
 
 #include "item/byte_range.h"
+#include "item/cost.h"
 #include "item/item_run.h"
+#include "output/json_output.h"
 #include "output/output.h"
 #include "output/talk.h"
 
@@ -30,24 +32,23 @@ std::string titleIn(const std::string& metadata) {
 /// @return 0, or the errno of the failure to write
 int playItem(const Options& options, Analysis& analysis, Record& record) {
   if (record.kind != Kind::Audio) {
-    record.error = record.error ? record.error : notAudio(record.kind);
-    record.kind = Kind::Error;
+    fail(record, record.error ? *record.error : notAudio(record.kind));
     return 0;
   }
+  const CostMeter meter(analysis.source(), record);
   int writeError = 0;
   const auto write = [&writeError](std::string_view bytes) {
     writeError = writeAll(STDOUT_FILENO, bytes);
     return writeError == 0;
   };
   const auto tell = [&options](const std::string& metadata) {
-    if (const std::string title = titleIn(metadata); options.titles && !title.empty()) {
+    if (const std::string title = titleIn(metadata); options.verbose && !title.empty()) {
       complain("playing", title);
     }
   };
   const long long end = record.audio->dataEnd ? *record.audio->dataEnd + 1 : -1;
   if (const int failure = readOn(*analysis.source(), end, write, tell); failure != 0) {
-    record.error = readError(failure);
-    record.kind = Kind::Error;
+    fail(record, readError(failure));
   }
   return writeError;
 }
@@ -56,10 +57,14 @@ int playItem(const Options& options, Analysis& analysis, Record& record) {
 
 int play(const Options& options) {
   int writeError = 0;
-  const ItemWork work = {
-      [&](Analysis& analysis, Record& record) { writeError = playItem(options, analysis, record); },
-      // A player that has been closed is no failure of ours.
-      [&](const Record& /*record*/) { return writeError == 0 || writeError == EPIPE || isFine(writeError); }};
+  const ItemWork work = {[&](Analysis& analysis, Record& record) { writeError = playItem(options, analysis, record); },
+                         [&](const Record& record) {
+                           if (options.json) {
+                             writeTalk(jsonLine(record));  // standard output is the stream
+                           }
+                           // A player that has been closed is no failure of ours.
+                           return writeError == 0 || writeError == EPIPE || isFine(writeError);
+                         }};
   return runItems(options, work);
 }
 

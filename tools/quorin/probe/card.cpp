@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "item/cost.h"
 #include "item/media_names.h"
 #include "output/display_text.h"
 #include "output/matter.h"
@@ -76,16 +77,6 @@ Phrases whatAPlayerMayDo(const AudioRecord& audio, std::optional<long long> play
   return abilities;
 }
 
-Phrases cost(const Record& record) {
-  const std::string bytes = byteCount(static_cast<long long>(record.cost.bytes));
-  Phrases phrases = {fmt::format("{} in {}", bytes, counted(record.cost.reads, "read"))};
-  if (record.cost.requests > 0) {
-    phrases.push_back(counted(record.cost.requests, "request"));
-  }
-  phrases.push_back(elapsedTime(record.elapsedMicroseconds));
-  return listed(phrases, ",");
-}
-
 std::string audioMatters(const Record& record, const AudioRecord& audio, const Terminal& terminal) {
   return matter(terminal, "audio", format(audio)) + matter(terminal, "data", whereTheDataLies(audio)) +
          matter(terminal, "pictures", pictures(audio)) +
@@ -136,7 +127,7 @@ std::string cardHead(const Record& record, const Terminal& terminal) {
 }
 
 std::string card(const Record& record, const Terminal& terminal) {
-  return cardHead(record, terminal) + matters(record, terminal) + matter(terminal, "cost", cost(record));
+  return cardHead(record, terminal) + matters(record, terminal) + matter(terminal, "cost", costWords(record));
 }
 
 }  // namespace quorin_command

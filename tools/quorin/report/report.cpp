@@ -25,7 +25,7 @@ std::string shownName(const std::string& path) { return path == "-" ? "standard 
 /// Reads the records, and says of which lines nothing can be used.
 class ScanReader {
  public:
-  explicit ScanReader(const std::string& path) : lines_(path), name_(shownName(path)) {}
+  ScanReader(const std::string& path, bool quiet) : lines_(path), name_(shownName(path)), quiet_(quiet) {}
 
   void readInto(ReportData& data) {
     for (std::string line; lines_.next(line);) {
@@ -36,7 +36,7 @@ class ScanReader {
         data.add(std::get<ScanRecord>(record));
       }
     }
-    if (wrongLines_ > mostComplaints) {
+    if (wrongLines_ > mostComplaints && !quiet_) {
       complain(name_, fmt::format("{} lines in all are not records of quorin", grouped(wrongLines_)));
     }
   }
@@ -46,13 +46,14 @@ class ScanReader {
 
  private:
   void complainAbout(const NotARecord& wrong) {
-    if (++wrongLines_ <= mostComplaints) {
+    if (++wrongLines_ <= mostComplaints && !quiet_) {
       complain(fmt::format("{}:{}", name_, lines_.number()), wrong.reason);
     }
   }
 
   ScanLines lines_;
   std::string name_;
+  const bool quiet_;
   long long wrongLines_ = 0;
 };
 
@@ -77,7 +78,7 @@ int report(const Options& options) {
     return failed(cannotWrite(options.outputFile, EEXIST).message, EXIT_OUTPUT);
   }
   ReportData data;
-  ScanReader reader(path);
+  ScanReader reader(path, options.quiet);
   reader.readInto(data);
   if (reader.error() != 0) {
     return failed(fmt::format("{}: {}", shownName(path), reasonOf(reader.error())), EXIT_USAGE);
@@ -87,6 +88,11 @@ int report(const Options& options) {
   }
   if (const int error = write(options, shownName(path), data); error != 0) {
     return failed(cannotWrite(options.outputFile, error).message, EXIT_OUTPUT);
+  }
+  if (options.verbose) {
+    const Totals& totals = data.totals();
+    complain(shownName(path), fmt::format("{} items, of which {} failed and {} were not recognised",
+                                          grouped(totals.items), grouped(totals.failed), grouped(totals.unknown)));
   }
   return reader.hasWrongLines() ? EXIT_SOME_FAILED : EXIT_ALL_RECOGNISED;
 }

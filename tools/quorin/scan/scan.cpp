@@ -132,9 +132,15 @@ class Scan {
   void tell(const ScanPool::Result& result, std::string& lines) {
     summary_.count(result.record);
     current_ = result.record.name;
-    if (hasFailed(result.record) && !options_.quiet) {
+    const bool complains = hasFailed(result.record) && !options_.quiet;
+    if (complains || options_.verbose) {
       write(std::exchange(lines, {}));  // at a terminal both come to the same place, and in their order
       progress_.hide();
+    }
+    if (options_.verbose) {
+      tellMoreAbout(result.record);
+    }
+    if (complains) {
       complainAbout(result.record);
     }
     lines += result.text;
