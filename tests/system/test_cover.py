@@ -163,9 +163,19 @@ def test_a_new_file_has_the_rights_of_new_files(quorin, song, tmp_path):
     assert (tmp_path / "c.jpg").stat().st_mode & 0o777 == 0o640
 
 
-def test_a_folder_that_is_not_there(quorin, song):
+def test_a_folder_that_is_none(quorin, song):
     song("a.mp3", PICTURE)
     result = quorin("cover", "-d", "nowhere", "a.mp3")
+    assert (result.code, result.complaints) == (
+        2, ["quorin: -d: 'nowhere': no such file or directory ('quorin cover --help' tells more)"])
+    result = quorin("cover", "-d", "a.mp3", "a.mp3")
+    assert (result.code, result.complaints) == (
+        2, ["quorin: -d: 'a.mp3': not a directory ('quorin cover --help' tells more)"])
+
+
+def test_a_file_that_cannot_be_created(quorin, song):
+    song("a.mp3", PICTURE)
+    result = quorin("cover", "-o", "nowhere/a.jpg", "a.mp3")
     assert (result.code, result.complaints) == (4, ["quorin: a.mp3: nowhere/a.jpg: no such file or directory"])
 
 
@@ -261,7 +271,7 @@ def test_each_trouble_has_its_record(quorin, song, album, covers, plain_mp3):
     assert [record["files"] for record in records[:-1]] == [[]] * 5
     # What was written before the trouble is there, and told.
     assert [file["path"] for file in records[-1]["files"]] == ["covers/a-1.jpg"]
-    assert quorin.record("cover", "-d", "nowhere", "a.mp3")["error"]["name"] == "cannot_write"
+    assert quorin.record("cover", "-o", "nowhere/c", "a.mp3")["error"]["name"] == "cannot_write"
 
 
 def test_a_report_takes_these_records(quorin, song):
@@ -340,7 +350,7 @@ def test_what_a_picture_of_the_network_is_called(quorin, nginx, plain_mp3, cover
 @pytest.mark.parametrize("arguments, cause", [
     ((), "no item is given"),
     (("a.mp3",), "'cover' needs one of -o and -d"),
-    (("-o", "x", "-d", "y", "a.mp3"), "'cover' needs one of -o and -d"),
+    (("-o", "x", "-d", ".", "a.mp3"), "'cover' needs one of -o and -d"),
     (("-o", "x", "a.mp3", "b.mp3"), "-o is for a single item; -d takes several"),
     (("-o", "x", "--files-from", "-"), "-o is for a single item; -d takes several"),
     (("-o", "-", "--json", "a.mp3"), "--json and -o - both write to standard output"),
@@ -348,4 +358,4 @@ def test_what_a_picture_of_the_network_is_called(quorin, nginx, plain_mp3, cover
 def test_wrong_usage(quorin, arguments, cause):
     result = quorin("cover", *arguments)
     assert (result.code, result.out) == (2, "")
-    assert result.complaints == [f"quorin: {cause} ('quorin --help' tells more)"]
+    assert result.complaints == [f"quorin: {cause} ('quorin cover --help' tells more)"]

@@ -1,5 +1,6 @@
 """The exit status, and what happens when the output cannot be written."""
 
+import contextlib
 import json
 import os
 import signal
@@ -8,7 +9,7 @@ import time
 
 import pytest
 
-from conftest import COMMAND, TIME_LIMIT, clean_environment
+from conftest import COMMAND, TIME_LIMIT, clean_environment, until
 
 
 @pytest.mark.parametrize("items, status", [
@@ -68,6 +69,31 @@ def test_an_interrupt_ends_a_waiting_command(quorin, album):
     assert process.returncode == 130
     assert json.loads(first)["kind"] == "audio"
     assert rest == b""
+
+
+def catches(process, signal_number):
+    """Whether the process has a handler for a signal by now."""
+    with open(f"/proc/{process.pid}/status") as status:
+        caught = next(line.split()[1] for line in status if line.startswith("SigCgt:"))
+    return int(caught, 16) >> (signal_number - 1) & 1
+
+
+@pytest.mark.parametrize("written", [b"", b"ID3"])
+@pytest.mark.parametrize("command", [["probe"], ["scan", "."], ["cover", "-d", "."], ["map"], ["map", "--svg", "m.svg"],
+                                     ["play"]])
+def test_an_interrupt_ends_every_command_that_waits_for_a_pipe(tmp_path, command, written):
+    os.mkfifo(tmp_path / "fifo")
+    process = start(tmp_path, *command, "fifo", stdout=subprocess.PIPE)
+    until(lambda: catches(process, signal.SIGINT))
+    with open(tmp_path / "fifo", "wb", buffering=0) if written else contextlib.nullcontext() as fifo:
+        if written:
+            fifo.write(written)
+        time.sleep(0.1)  # it waits: for a writer, or for the rest
+        assert process.poll() is None
+        process.send_signal(signal.SIGINT)
+        out, complaints = process.communicate(timeout=TIME_LIMIT)
+    assert (process.returncode, out, complaints) == (130, b"", b"")
+    assert os.listdir(tmp_path) == ["fifo"]
 
 
 def test_an_interrupt_leaves_only_whole_lines(quorin, album):

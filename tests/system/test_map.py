@@ -370,4 +370,4 @@ def test_a_picture_of_an_item_that_is_not_recognised(quorin, album):
 def test_wrong_usage(quorin, arguments, cause):
     result = quorin("map", *arguments)
     assert (result.code, result.out) == (2, "")
-    assert result.complaints == [f"quorin: {cause} ('quorin --help' tells more)"]
+    assert result.complaints == [f"quorin: {cause} ('quorin map --help' tells more)"]

@@ -140,4 +140,4 @@ def test_a_stream_that_breaks_off_is_played_so_far(plain_mp3):
 @pytest.mark.parametrize("arguments, cause", [((), "no item is given"), (("a", "b"), "'play' takes one item"),
                                               (("-o", "x", "a"), "'play' takes no option -o; it is for cover, report")])
 def test_wrong_usage(arguments, cause):
-    assert played(*arguments) == (b"", 2, [f"quorin: {cause} ('quorin --help' tells more)"])
+    assert played(*arguments) == (b"", 2, [f"quorin: {cause} ('quorin play --help' tells more)"])

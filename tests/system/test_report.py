@@ -34,12 +34,12 @@ def scan(tmp_path):
 
 
 def test_wrong_usage(quorin):
-    assert_usage_error(quorin("report", "-o", "r.html"), "no scan is given")
-    assert_usage_error(quorin("report", "scan"), "'report' needs -o")
-    assert_usage_error(quorin("report", "scan", "other", "-o", "r.html"), "'report' takes one scan")
-    assert_usage_error(quorin("report", "scan", "-o"), "-o needs a value")
-    assert_usage_error(quorin("report", "scan", "--json"), "'report' takes no option --json; it is for probe, scan, cover, map, play")
-    assert_usage_error(quorin("report", "scan", "-d", "folder"), "'report' takes no option -d; it is for cover")
+    assert_usage_error(quorin("report", "-o", "r.html"), "no scan is given", "report")
+    assert_usage_error(quorin("report", "scan"), "'report' needs -o", "report")
+    assert_usage_error(quorin("report", "scan", "other", "-o", "r.html"), "'report' takes one scan", "report")
+    assert_usage_error(quorin("report", "scan", "-o"), "-o needs a value", "report")
+    assert_usage_error(quorin("report", "scan", "--json"), "'report' takes no option --json; it is for probe, scan, cover, map, play", "report")
+    assert_usage_error(quorin("report", "scan", "-d", "folder"), "'report' takes no option -d; it is for cover", "report")
 
 
 def test_the_help_tells_nothing_of_items(quorin):

@@ -418,7 +418,7 @@ def test_complaints_and_rows_come_in_their_order(tree, tmp_path):
 def test_wrong_usage(quorin, arguments, cause):
     result = quorin("scan", *arguments)
     assert (result.code, result.out) == (2, "")
-    assert result.complaints == [f"quorin: {cause} ('quorin --help' tells more)"]
+    assert result.complaints == [f"quorin: {cause} ('quorin scan --help' tells more)"]
 
 
 def test_a_number_of_workers_is_for_scans(quorin):

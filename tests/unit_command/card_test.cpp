@@ -91,7 +91,7 @@ TEST(Card, KnowsAFolder) {
   record.kind = Kind::Folder;
   EXPECT_EQ(card(record, anyWidth),
             "/music\n"
-            "  folder    a folder; what is in it can be analysed item by item\n"
+            "  folder    a folder; 'quorin scan' analyses what is in it\n"
             "  cost      0 bytes in 0 reads, 0.0 ms\n");
 }
 

@@ -45,7 +45,7 @@ int runCommand(const Options& options) {
 int run(const std::vector<std::string>& arguments) {
   const auto commandLine = parseCommandLine(arguments);
   if (const auto* wrong = std::get_if<UsageError>(&commandLine)) {
-    complain(wrong->cause + " ('quorin --help' tells more)");
+    complain(wrong->cause + " ('" + wrong->help + "' tells more)");
     return EXIT_USAGE;
   }
   if (const auto* answer = std::get_if<Answer>(&commandLine)) {

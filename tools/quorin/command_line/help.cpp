@@ -108,6 +108,10 @@ const std::vector<ExitStatusMeaning>& exitStatusMeanings() {
   return meanings;
 }
 
+std::string helpCommand(const CommandDefinition& command) {
+  return mayBeLeftOut(command) ? "quorin --help" : fmt::format("quorin {} --help", command.name);
+}
+
 std::string helpText(const CommandDefinition& command) {
   return "Usage: " + usageLine(command) + "\n\n" + command.text +
          (takesItems(command) ? std::string("\n") + aboutItems() : std::string()) +

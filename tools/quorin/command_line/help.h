@@ -20,4 +20,7 @@ const std::vector<ExitStatusMeaning>& exitStatusMeanings();
 /// What --help prints.
 std::string helpText(const CommandDefinition& command);
 
+/// The command line that prints it.
+std::string helpCommand(const CommandDefinition& command);
+
 }  // namespace quorin_command

@@ -1,6 +1,7 @@
 #include "command_line/option_checks.h"
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -38,6 +39,14 @@ const CLI::Validator isReadable(whyUnreadable, "", "readable file");
 
 const CLI::Validator isReadableOrStandardInput(
     [](const std::string& path) { return path == "-" ? std::string() : whyUnreadable(path); }, "", "readable file");
+
+const CLI::Validator isFolder(
+    [](const std::string& path) {
+      struct stat status = {};
+      const int error = ::stat(path.c_str(), &status) != 0 ? errno : S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
+      return error == 0 ? std::string() : fmt::format("'{}': {}", path, reasonOf(error));
+    },
+    "", "folder");
 
 const CLI::Validator isOneLine(
     [](const std::string& text) {

@@ -16,6 +16,9 @@ extern const CLI::Validator isReadable;
 /// The same, or "-".
 extern const CLI::Validator isReadableOrStandardInput;
 
+/// The path of a folder.
+extern const CLI::Validator isFolder;
+
 /// A text that may travel in a request: a line end in it would begin a header line of its own.
 extern const CLI::Validator isOneLine;
 

@@ -137,6 +137,7 @@ void defineOutputFile(CLI::App& app, Given& given) {
 void defineOutputFolder(CLI::App& app, Given& given) {
   app.add_option("-d", given.options.outputFolder, "write the pictures to DIR, called like their items")
       ->type_name("DIR")
+      ->check(isFolder)
       ->group("Output");
 }
 

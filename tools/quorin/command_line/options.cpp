@@ -181,6 +181,7 @@ std::variant<Options, Answer, UsageError> parseCommandLine(const std::vector<std
   CLI::App app;
   app.option_defaults()->take_last();
   Given given;
+  const auto wrongUsage = [command](const std::string& cause) { return UsageError{cause, helpCommand(*command)}; };
   define(*command, app, given);
   try {
     // CLI11 takes them from the end.
@@ -188,12 +189,12 @@ std::variant<Options, Answer, UsageError> parseCommandLine(const std::vector<std
   } catch (const CLI::CallForHelp&) {
     return Answer{helpText(*command)};
   } catch (const CLI::ExtrasError&) {
-    return UsageError{unknownOption(every, app, *command, app.remaining().front())};
+    return wrongUsage(unknownOption(every, app, *command, app.remaining().front()));
   } catch (const CLI::ParseError& error) {
-    return UsageError{sorted.error.empty() ? error.what() : sorted.error};
+    return wrongUsage(sorted.error.empty() ? error.what() : sorted.error);
   }
   if (!sorted.error.empty()) {
-    return UsageError{sorted.error};
+    return wrongUsage(sorted.error);
   }
   if (given.version) {
     return Answer{"quorin " QUORIN_VERSION "\n"};
@@ -201,7 +202,7 @@ std::variant<Options, Answer, UsageError> parseCommandLine(const std::vector<std
   Options options = assembled(given, std::move(sorted.words));
   options.command = command->command;
   const std::string wrong = wrongCommand.empty() ? whatDoesNotFit(options, *command) : wrongCommand;
-  return wrong.empty() ? std::variant<Options, Answer, UsageError>(std::move(options)) : UsageError{wrong};
+  return wrong.empty() ? std::variant<Options, Answer, UsageError>(std::move(options)) : wrongUsage(wrong);
 }
 
 }  // namespace quorin_command

@@ -56,6 +56,7 @@ struct Answer {
 /// What is wrong with the command line, in one line.
 struct UsageError {
   std::string cause;
+  std::string help;  ///< the command line that tells what would be right
 };
 
 /// Understands a command line. The commands and their options stand in commands.h and option_groups.h.

@@ -108,7 +108,7 @@ std::string matters(const Record& record, const Terminal& terminal) {
     case Kind::Redirect:
       return redirectMatters(*record.redirect, terminal);
     case Kind::Folder:
-      return matter(terminal, "folder", {"a folder;", "what is in it can be analysed item by item"});
+      return matter(terminal, "folder", {"a folder;", "'quorin scan' analyses what is in it"});
     case Kind::Unknown:
     case Kind::Error:
       break;
