@@ -56,6 +56,14 @@ def test_a_closed_standard_error_is_no_trouble(quorin, album):
     assert json.loads(process.stdout)["kind"] == "error"
 
 
+def test_memory_that_runs_out_is_an_internal_error(quorin, album):
+    with open(COMMAND, "rb") as command:
+        if b"__asan_init" in command.read():
+            pytest.skip("AddressSanitizer ends a program that is out of memory in its own way")
+    result = quorin("--files-from", "-", text=b"x" * 60_000_000, prefix=("prlimit", "--data=30000000"))
+    assert (result.code, result.out, result.complaints) == (4, "", ["quorin: internal error: std::bad_alloc"])
+
+
 def start(album, *arguments, **how):
     return subprocess.Popen([COMMAND, *arguments], cwd=album, env=clean_environment(), stderr=subprocess.PIPE, **how)
 

@@ -36,6 +36,20 @@ def test_every_format_has_its_name(quorin, tmp_path, name, options, media_type, 
     assert record["audio"]["sample_rate"] == 44100
 
 
+def test_aac_of_both_standards(quorin, tmp_path):
+    make = ["ffmpeg", "-hide_banner", "-loglevel", "error", "-f", "lavfi", "-i", "sine=440:duration=3", "-f", "adts"]
+    subprocess.run([*make, str(tmp_path / "4.aac")], check=True, timeout=TIME_LIMIT, stdin=subprocess.DEVNULL)
+    frames = bytearray((tmp_path / "4.aac").read_bytes())
+    at = 0
+    while at < len(frames):  # the frames differ in one bit
+        frames[at + 1] |= 8
+        at += (frames[at + 3] & 3) << 11 | frames[at + 4] << 3 | frames[at + 5] >> 5
+    (tmp_path / "2.aac").write_bytes(frames)
+    assert quorin.record("2.aac")["audio"]["media_type"] == "aac_mpeg2"
+    for standard in (2, 4):
+        assert f"\n  audio     AAC (MPEG-{standard}), 44.1 kHz, length not known\n" in quorin(f"{standard}.aac").out
+
+
 def test_the_picture_lies_where_the_record_says(quorin, album, tagged_mp3):
     record = quorin.record("01 Opening.mp3")
     (picture,) = record["audio"]["pictures"]

@@ -114,6 +114,12 @@ def test_an_item_that_is_not_recognised(quorin, album):
     assert "\n  audio     none was found\n" in result.out
 
 
+def test_a_share_of_nearly_all_is_not_all(quorin, tmp_path, plain_mp3):
+    (tmp_path / "a.mp3").write_bytes(plain_mp3 * 20 + b"TAG" + bytes(125))
+    rows = table_of(quorin("map", "a.mp3").out)
+    assert [row[1::4] for row in rows] == [("audio", "> 99.9 %"), ("end", "< 0.1 %")]
+
+
 def test_a_byte_alone(quorin, tmp_path):
     (tmp_path / "byte").write_bytes(b"x")
     result = quorin("map", "byte")
