@@ -311,8 +311,18 @@ def is_writing(process, folder):
     return False
 
 
+def can_be_nameless(folder):
+    try:
+        os.close(os.open(folder, os.O_TMPFILE | os.O_WRONLY))
+    except OSError:
+        return False
+    return True
+
+
 @pytest.mark.parametrize("end", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGKILL])
 def test_an_end_in_the_middle_leaves_no_piece(nginx, plain_mp3, tmp_path, end):
+    if end == signal.SIGKILL and not can_be_nameless(tmp_path):
+        pytest.skip("this file system wants a name for every file, and nobody can take it away at SIGKILL")
     (nginx.www / "large.mp3").write_bytes(id3_tag(apic(PNG + bytes(16_000_000))) + plain_mp3)
     process = subprocess.Popen([COMMAND, "cover", "-o", "c.png", f"{nginx.url}/slow/large.mp3"], cwd=tmp_path,
                                env=clean_environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
