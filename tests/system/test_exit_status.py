@@ -9,7 +9,7 @@ import time
 
 import pytest
 
-from conftest import COMMAND, TIME_LIMIT, clean_environment, until
+from conftest import COMMAND, TIME_LIMIT, check_records, clean_environment, until
 
 
 @pytest.mark.parametrize("items, status", [
@@ -76,6 +76,7 @@ def test_an_interrupt_ends_a_waiting_command(quorin, album):
     rest, _ = process.communicate(timeout=TIME_LIMIT)
     assert process.returncode == 130
     assert json.loads(first)["kind"] == "audio"
+    check_records(first.decode())
     assert rest == b""
 
 
@@ -114,8 +115,7 @@ def test_an_interrupt_leaves_only_whole_lines(quorin, album):
     out, _ = process.communicate(timeout=TIME_LIMIT)
     assert process.returncode == 130
     assert out.endswith(b"}\n")
-    for line in (b"{" + out).splitlines():
-        json.loads(line)
+    check_records((b"{" + out).decode())
 
 
 def test_a_second_interrupt_does_not_wait_for_the_reader(quorin, album):
