@@ -74,6 +74,16 @@ TEST(DisplayText, ACombiningCharacterStaysWithItsLetter) {
   EXPECT_EQ(cutMiddle("a\u0308bcdef", 3, true), "a\u0308…f");
 }
 
+TEST(DisplayText, AnEscapeIsNotCut) {
+  EXPECT_EQ(cutMiddle("\\u{65e5}\\u{672c}\\u{8a9e}\\u{6b4c}", 24, false), "\\u{65e5}...\\u{6b4c}");
+  EXPECT_EQ(cutMiddle("ab\\x1bcdef\\xffgh", 15, false), "ab\\x1b...\\xffgh");
+  EXPECT_EQ(cutMiddle("ab\\x1bcdef\\xffgh", 12, false), "ab...gh");
+  // What merely looks like the start of one.
+  EXPECT_EQ(cutMiddle("\\u{65e5\\u{65e512345}\\x", 12, false), "\\u{6...45}\\x");
+  EXPECT_EQ(cutMiddle("abcdefgh\\xZ\\x", 7, false), "ab...\\x");
+  EXPECT_EQ(displayWidth("\\x1b\\u{65e5}\\x"), 14U);
+}
+
 TEST(DisplayText, PaddingCountsColumns) {
   EXPECT_EQ(padded("音", 4), "音  ");
   EXPECT_EQ(paddedLeft("音", 4), "  音");

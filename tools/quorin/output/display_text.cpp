@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <utf8.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cwchar>
 #include <vector>
@@ -78,15 +79,33 @@ struct Glyph {
   size_t width;
 };
 
+/// How long the escape is that a text begins with, if it is one of a number: "\\x1b", "\\u{1f3b5}"; else 0. A name may
+/// hold such characters of its own; they only stay together then.
+size_t escapeLength(std::string_view text) {
+  const auto countDigits = [text](size_t at) {
+    return std::min(text.find_first_not_of("0123456789abcdef", at), text.size()) - at;
+  };
+  if (text.substr(0, 2) == "\\x") {
+    return countDigits(2) >= 2 ? 4 : 0;
+  }
+  constexpr size_t mostDigits = 6;
+  const size_t digits = text.substr(0, 3) == "\\u{" ? countDigits(3) : 0;
+  return digits > 0 && digits <= mostDigits && text.substr(3 + digits, 1) == "}" ? digits + 4 : 0;
+}
+
 std::vector<Glyph> glyphsOf(std::string_view text) {
   const UnicodeWidths unicode;
   std::vector<Glyph> glyphs;
-  for (auto at = text.begin(); at != text.end();) {
-    const auto start = at;
-    const char32_t c = utf8::next(at, text.end());
+  while (!text.empty()) {
+    auto end = text.begin();
+    const char32_t c = utf8::next(end, text.end());
     const int width = wcwidth(static_cast<wchar_t>(c));
-    glyphs.push_back({text.substr(static_cast<size_t>(start - text.begin()), static_cast<size_t>(at - start)),
-                      width > 0 ? static_cast<size_t>(width) : 0});
+    Glyph glyph = {text.substr(0, static_cast<size_t>(end - text.begin())), static_cast<size_t>(std::max(width, 0))};
+    if (const size_t length = escapeLength(text); length > 0) {
+      glyph = {text.substr(0, length), length};
+    }
+    glyphs.push_back(glyph);
+    text.remove_prefix(glyph.bytes.size());
   }
   return glyphs;
 }
