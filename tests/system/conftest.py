@@ -97,8 +97,8 @@ class Quorin:
         (record,) = self.records(*arguments, **how)
         return record
 
-    def at_terminal(self, *arguments, columns=80, environment=None):
-        """Standard output as it arrives at a terminal of that width."""
+    def at_terminal(self, *arguments, columns=80, environment=None, stderr=subprocess.DEVNULL):
+        """Standard output as it arrives at a terminal of that width; STDOUT lets standard error arrive there, too."""
         try:
             master, slave = pty.openpty()
         except OSError as error:
@@ -110,7 +110,7 @@ class Quorin:
             env=clean_environment(**(environment or {})),
             stdin=subprocess.DEVNULL,
             stdout=slave,
-            stderr=subprocess.DEVNULL,
+            stderr=stderr,
         )
         os.close(slave)
         chunks = []

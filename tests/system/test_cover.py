@@ -123,6 +123,15 @@ def test_the_item_itself_is_never_replaced(quorin, song, tmp_path):
     assert item.read_bytes() == before
 
 
+def test_a_taken_name_costs_the_others_nothing(quorin, song, covers):
+    song("a.mp3", PICTURE)
+    song("b.mp3", PNG)
+    (covers / "a.jpg").write_text("mine")
+    result = quorin("cover", "-d", "covers", "a.mp3", "b.mp3")
+    assert (result.code, result.out) == (1, "covers/b.png\n")
+    assert result.complaints == ["quorin: a.mp3: covers/a.jpg is there already (--force replaces it)"]
+
+
 def test_what_is_no_file_is_not_replaced(quorin, song, tmp_path):
     song("a.mp3", PICTURE)
     os.mkfifo(tmp_path / "pipe")

@@ -1,6 +1,7 @@
 """The look at a terminal: width, colour, names that are out to do harm."""
 
 import re
+import subprocess
 import unicodedata
 
 import pytest
@@ -46,6 +47,14 @@ def test_a_terminal_without_utf8_gets_none(quorin, long_names):
     assert out.isascii()
     assert "..." in out
     assert "02 \\u{65e5}" in out or "02 \\u" in out
+
+
+@pytest.mark.parametrize("arguments, what, command", [(("play",), "sound", "play"),
+                                                      (("cover", "-o", "-"), "a picture", "cover")])
+def test_a_terminal_gets_no_bytes_that_it_cannot_show(quorin, album, arguments, what, command):
+    assert quorin.at_terminal(*arguments, "01 Opening.mp3", stderr=subprocess.STDOUT) == (
+        f"quorin: a terminal cannot show {what}; send standard output to a file or a program "
+        f"('quorin {command} --help' tells more)\n")
 
 
 @pytest.mark.parametrize("arguments, environment, terminal, colored", [

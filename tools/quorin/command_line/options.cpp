@@ -154,6 +154,11 @@ std::string whatDoesNotFit(const Options& options, const CommandDefinition& comm
   if (options.json && (options.outputFile == "-" || options.svgFile == "-")) {
     return fmt::format("--json and {} - both write to standard output", isCover ? "-o" : "--svg");
   }
+  const bool writesBytes = options.command == Command::Play || (isCover && options.outputFile == "-");
+  if (writesBytes && standardOutputIsTerminal()) {
+    return fmt::format("a terminal cannot show {}; send standard output to a file or a program",
+                       isCover ? "a picture" : "sound");
+  }
   if (options.quiet && options.verbose) {
     return "-q and -v do not go together";
   }

@@ -73,13 +73,15 @@ const char* sequenceOf(Style style) {
 }  // namespace
 
 Terminal standardOutput(ColorWish wish) {
-  const bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
+  const bool isTerminal = standardOutputIsTerminal();
   Terminal terminal;
   terminal.width = isTerminal ? terminalWidth() : 0;
   terminal.color = wantsColor(wish, isTerminal);
   terminal.utf8 = localeIsUtf8();
   return terminal;
 }
+
+bool standardOutputIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
 
 bool localeIsUtf8() { return std::string_view(nl_langinfo(CODESET)) == "UTF-8"; }
 

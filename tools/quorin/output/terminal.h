@@ -19,6 +19,8 @@ struct Terminal {
 /// standard output is a terminal that is not "dumb".
 Terminal standardOutput(ColorWish wish);
 
+bool standardOutputIsTerminal();
+
 /// Whether a stream's text may hold characters beyond ASCII, by the locale of the environment.
 bool localeIsUtf8();
 
