@@ -73,5 +73,22 @@ TEST(ItemScheme, HttpIsKnownInAnyCase) {
   EXPECT_FALSE(isHttp(""));
 }
 
+TEST_F(Item, AFileUriHasThePathThatTheUrlLayerOpens) {
+  EXPECT_EQ(localPath("file:///a%20b/%C3%A9"), "/a b/\xc3\xa9");
+  EXPECT_EQ(localPath("FILE:/a"), "/a");
+  EXPECT_EQ(localPath("file://LocalHost/a?b#c"), "/a?b#c");
+  EXPECT_EQ(localPath("file:a/b%2"), "a/b%2");
+  EXPECT_EQ(localPath("file:/100%zz"), "/100%zz");
+  EXPECT_EQ(localPath("file://host/a"), "");
+  EXPECT_EQ(localPath("http://host/a"), "");
+}
+
+TEST_F(Item, APathIsItsOwn) {
+  EXPECT_EQ(localPath("/a%20b"), "/a%20b");
+  EXPECT_EQ(localPath("a"), "a");
+  std::ofstream("file:a") << "x";
+  EXPECT_EQ(localPath("file:a"), "file:a");
+}
+
 }  // namespace
 }  // namespace quorin_command

@@ -10,24 +10,6 @@ namespace {
 
 bool beginsWith(std::string_view text, std::string_view begin) { return text.substr(0, begin.size()) == begin; }
 
-int hexDigit(char c) {
-  const std::string_view digits = "0123456789abcdef";
-  const size_t value = digits.find(lowered({&c, 1}));
-  return value == std::string_view::npos ? -1 : static_cast<int>(value);
-}
-
-/// RFC 3986, section 2.1.
-std::string unescaped(std::string_view text) {
-  std::string plain;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const bool isEscape =
-        text[i] == '%' && i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 && hexDigit(text[i + 2]) >= 0;
-    plain += isEscape ? static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2])) : text[i];
-    i += isEscape ? 2 : 0;
-  }
-  return plain;
-}
-
 }  // namespace
 
 PictureType pictureType(std::string_view begin) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "item/item.h"
+#include "item/item_list.h"
 #include "item/redirect_target.h"
 #include "item/source_watch.h"
 
@@ -32,10 +33,46 @@ bool isAmongFriends(const Record& record) {
   return record.via.empty() || haveSameOrigin(record.via.front(), record.uri);
 }
 
+/// The begin of a name that is too long to be told, cut between two characters.
+std::string shortened(const std::string& name) {
+  constexpr size_t shown = 200;
+  size_t end = std::min(shown, name.size());
+  while (end > 0 && end < name.size() && (static_cast<unsigned char>(name[end]) & 0xC0U) == 0x80U) {
+    --end;
+  }
+  return name.substr(0, end) + "...";
+}
+
+/// Goes on with the target in place of the item. What it costs adds up.
+void follow(Record& record, const std::string& target) {
+  Record next;
+  next.uri = target;
+  next.via = record.via;
+  next.via.push_back(record.uri);
+  next.name = std::move(record.name);
+  next.file = record.file;
+  next.cost = record.cost;
+  next.elapsedMicroseconds = record.elapsedMicroseconds;
+  record = std::move(next);
+}
+
 /// Which option text of the URL layer holds extra header lines.
 constexpr size_t headerLines = 3;
 
 }  // namespace
+
+Record begun(const std::string& name) {
+  Record record;
+  const bool isTooLong = name.size() > longestName;
+  record.name = isTooLong ? shortened(name) : name;
+  record.uri = isTooLong ? record.name : uriOf(name);
+  if (isTooLong) {
+    record.error = nameTooLong(longestName);
+  } else if (name.find('\0') != std::string::npos) {
+    record.error = nulInName();
+  }
+  return record;
+}
 
 Analysis::Analysis(const Options& options)
     : analyzer_(options.mode),
@@ -45,37 +82,43 @@ Analysis::Analysis(const Options& options)
       allowLocal_(options.allowLocal) {}
 
 Record Analysis::of(const std::string& name) {
-  Record record;
-  record.name = name;
-  record.uri = uriOf(name);
-  result_.reset();
-  if (name.find('\0') != std::string::npos) {
-    record.error = nulInName();
-    return record;
+  Record record = begun(name);
+  while (step(record)) {
   }
+  return record;
+}
+
+bool Analysis::step(Record& record) {
+  close();
+  if (record.error) {
+    return false;
+  }
+  bool goesOn = false;
   const auto start = std::chrono::steady_clock::now();
   try {
-    analyze(record);
+    goesOn = analyze(record);
   } catch (const std::bad_alloc&) {
     fail(record, internalError("out of memory"));
   } catch (const std::exception& exception) {
     fail(record, internalError(exception.what()));
   }
   const auto elapsed = std::chrono::steady_clock::now() - start;
-  record.elapsedMicroseconds = std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count();
-  return record;
+  record.elapsedMicroseconds += std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count();
+  return goesOn;
 }
 
-void Analysis::analyze(Record& record) {
+bool Analysis::analyze(Record& record) {
   analyzeOnce(record);
-  while (record.kind == Kind::Redirect && hops_ > 0) {
-    const std::string target = resolved(record.uri, record.redirect->urls.front());
-    if (const auto refusal = whyNotFollowed(record, target)) {
-      fail(record, *refusal);
-      return;
-    }
-    follow(record, target);
+  if (record.kind != Kind::Redirect || hops_ == 0) {
+    return false;
   }
+  const std::string target = resolved(record.uri, record.redirect->urls.front());
+  if (const auto refusal = whyNotFollowed(record, target)) {
+    fail(record, *refusal);
+    return false;
+  }
+  follow(record, target);
+  return true;
 }
 
 void Analysis::analyzeOnce(Record& record) {
@@ -106,18 +149,6 @@ std::optional<ItemError> Analysis::whyNotFollowed(const Record& record, const st
     return localTarget();
   }
   return record.via.size() < hops_ ? std::nullopt : std::optional<ItemError>(tooManyRedirects(hops_));
-}
-
-/// Goes on with the target in place of the item. What it costs adds up.
-void Analysis::follow(Record& record, const std::string& target) {
-  Record next;
-  next.name = std::move(record.name);
-  next.via = std::move(record.via);
-  next.via.push_back(std::move(record.uri));
-  next.uri = target;
-  next.cost = record.cost;
-  record = std::move(next);
-  analyzeOnce(record);
 }
 
 }  // namespace quorin_command

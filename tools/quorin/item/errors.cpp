@@ -110,6 +110,10 @@ ItemError emptyItem() { return {"empty", "empty"}; }
 
 ItemError nulInName() { return {"bad_uri", "the name holds a NUL byte (a NUL-separated list takes -0)"}; }
 
+ItemError nameTooLong(size_t longest) { return {"bad_uri", fmt::format("the name has more than {} bytes", longest)}; }
+
+ItemError notAFile() { return {"not_a_file", "a pipe, a socket or a device, not a file"}; }
+
 ItemError unreadable(int error) { return {error == EACCES ? "permission_denied" : "io_error", reasonOf(error)}; }
 
 ItemError internalError(const std::string& what) { return {"internal", "internal error: " + what}; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -38,6 +39,12 @@ ItemError emptyItem();
 
 /// A name that holds a NUL would be cut there and name another item.
 ItemError nulInName();
+
+/// A name of more than `longest` bytes.
+ItemError nameTooLong(size_t longest);
+
+/// Something that has no end and no size, which is nothing for a scan.
+ItemError notAFile();
 
 /// Something that a scan has found and cannot look at.
 /// @param error errno

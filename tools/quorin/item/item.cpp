@@ -30,6 +30,12 @@ std::string absolutePath(const std::string& path) {
   return error ? path : (folder / withoutLeadingDots(path)).string();
 }
 
+int hexDigit(char c) {
+  const std::string_view digits = "0123456789abcdef";
+  const size_t value = digits.find(lowered({&c, 1}));
+  return value == std::string_view::npos ? -1 : static_cast<int>(value);
+}
+
 }  // namespace
 
 std::string_view schemeOf(std::string_view text) {
@@ -44,6 +50,17 @@ std::string lowered(std::string_view text) {
   return lower;
 }
 
+std::string unescaped(std::string_view text) {
+  std::string plain;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const bool isEscape =
+        text[i] == '%' && i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 && hexDigit(text[i + 2]) >= 0;
+    plain += isEscape ? static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2])) : text[i];
+    i += isEscape ? 2 : 0;
+  }
+  return plain;
+}
+
 bool isHttp(std::string_view scheme) {
   const std::string lower = lowered(scheme);
   return lower == "http" || lower == "https";
@@ -52,6 +69,23 @@ bool isHttp(std::string_view scheme) {
 bool isFile(const std::string& name) {
   std::error_code error;
   return std::filesystem::exists(std::filesystem::symlink_status(name, error));
+}
+
+std::string localPath(const std::string& name) {
+  const std::string_view scheme = schemeOf(name);
+  if (scheme.empty() || uriOf(name) != name) {
+    return name;
+  }
+  if (lowered(scheme) != "file") {
+    return std::string();
+  }
+  std::string path = name.substr(scheme.size() + 1);
+  if (path.compare(0, 2, "//") == 0) {
+    const size_t end = std::min(path.find('/', 2), path.size());
+    const std::string host = lowered(path.substr(2, end - 2));
+    path = host.empty() || host == "localhost" ? path.substr(end) : std::string();
+  }
+  return unescaped(path);
 }
 
 std::string uriOf(const std::string& name) {

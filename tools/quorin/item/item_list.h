@@ -8,6 +8,10 @@
 
 namespace quorin_command {
 
+/// Bytes of the longest name that is looked at: far more than a path or a sensible URL has. Many names are held at a
+/// time, and a list without line ends must not take all memory.
+constexpr size_t longestName = 65536;
+
 /// The items of one run: those of the command line, then those of a list, which is read as it is needed.
 class ItemList {
  public:
@@ -15,7 +19,8 @@ class ItemList {
   /// @param separator what ends a name of the list: a line feed or NUL
   ItemList(std::vector<std::string> words, const std::string& list, char separator);
 
-  /// Takes the next name. Empty lines of the list are no names.
+  /// Takes the next name. Empty lines of the list are no names. Of one that is longer than `longestName` there are only
+  /// so many bytes that this shows.
   /// @return false at the end, and when the list cannot be read (on)
   bool next(std::string& name);
 
