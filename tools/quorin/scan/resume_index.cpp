@@ -22,6 +22,14 @@ uint64_t hashed(const std::string& text, uint64_t start) {
   return hash;
 }
 
+/// The file that a record is about, as a record tells it: where redirects were followed, the one that they began at.
+std::string fileIn(const nlohmann::json& json) {
+  if (json.contains("via")) {
+    return json["via"].at(0);
+  }
+  return json.contains("uri") ? json["uri"] : json.at("path_b64");
+}
+
 }  // namespace
 
 std::string ResumeIndex::read(const std::string& path) {
@@ -58,8 +66,7 @@ bool ResumeIndex::add(const std::string& line) {
     }
     const auto& mtime = json["file"].at("mtime");
     const FileStamp stamp{json["file"].at("size"), mtime.at("seconds"), mtime.at("nanoseconds")};
-    keys_.insert(
-        keyOf(json.contains("uri") ? json["uri"].get<std::string>() : json.at("path_b64").get<std::string>(), stamp));
+    keys_.insert(keyOf(fileIn(json), stamp));
   } catch (const nlohmann::json::exception&) {
     return false;
   }
