@@ -1,11 +1,8 @@
 #include "scan/file_walk.h"
 
-#include <dirent.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <memory>
+#include <string_view>
 
 #include "item/item.h"
 
@@ -18,27 +15,23 @@ FileStamp stampOf(const struct stat& status) {
           static_cast<long>(status.st_mtim.tv_nsec)};
 }
 
-/// The names in a folder, the first one last; fails with errno.
-bool readNames(const std::string& path, std::vector<std::string>& names) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(path.c_str()), ::closedir);
-  if (!folder) {
-    return false;
-  }
+/// The next name in a folder.
+/// @return false at the end, with errno 0, and when it cannot be read (on)
+bool readName(DIR* folder, std::string& name) {
   errno = 0;
-  while (const dirent* const entry = ::readdir(folder.get())) {
-    const std::string name = entry->d_name;
-    if (name != "." && name != "..") {
-      names.push_back(name);
+  while (const dirent* const entry = ::readdir(folder)) {
+    const std::string_view found = entry->d_name;
+    if (found != "." && found != "..") {
+      name = found;
+      return true;
     }
-    errno = 0;
   }
-  std::sort(names.begin(), names.end(), std::greater<>());
-  return errno == 0;
+  return false;
 }
 
 }  // namespace
 
-FileWalk::FileWalk(std::function<bool(std::string&)> roots) : roots_(std::move(roots)) {}
+FileWalk::FileWalk(std::function<bool(std::string&)> roots, Order order) : roots_(std::move(roots)), order_(order) {}
 
 bool FileWalk::next(FoundItem& item) {
   Step step = Step::GoOn;
@@ -48,20 +41,33 @@ bool FileWalk::next(FoundItem& item) {
   return step == Step::Item;
 }
 
+/// @return false as `readName` does
+bool FileWalk::takeName(Folder& folder, std::string& name) {
+  if (folder.stream) {
+    return readName(folder.stream.get(), name);
+  }
+  errno = 0;
+  if (folder.names.empty()) {
+    return false;
+  }
+  name = std::move(folder.names.back());
+  folder.names.pop_back();
+  return true;
+}
+
 FileWalk::Step FileWalk::stepInFolder(FoundItem& item) {
   Folder& folder = folders_.back();
-  if (folder.names.empty()) {
-    folders_.pop_back();
-    return Step::GoOn;
+  std::string name;
+  if (!takeName(folder, name)) {
+    return leave(item, errno);
   }
-  const std::string path = folder.path + folder.names.back();
-  folder.names.pop_back();
+  const std::string path = folder.path + name;
   struct stat status = {};
   if (::stat(path.c_str(), &status) != 0) {
     if (errno == ENOENT || errno == ELOOP) {
       return Step::GoOn;  // a link to nowhere or to itself, or a file that has just gone
     }
-    item = {path, std::nullopt, errno};
+    item = {path, std::nullopt, unreadable(errno)};
     return Step::Item;
   }
   if (S_ISDIR(status.st_mode)) {
@@ -70,7 +76,7 @@ FileWalk::Step FileWalk::stepInFolder(FoundItem& item) {
   if (!S_ISREG(status.st_mode)) {
     return Step::GoOn;
   }
-  item = {path, stampOf(status), 0};
+  item = {path, stampOf(status), std::nullopt};
   return Step::Item;
 }
 
@@ -80,14 +86,25 @@ FileWalk::Step FileWalk::stepToRoot(FoundItem& item) {
     return Step::End;
   }
   struct stat status = {};
-  const bool isPath = schemeOf(name).empty() || uriOf(name) != name;
-  const bool isThere = isPath && name.find('\0') == std::string::npos && ::stat(name.c_str(), &status) == 0;
+  const std::string path = localPath(name);
+  const bool isThere = path.find('\0') == std::string::npos && ::stat(path.c_str(), &status) == 0;
   if (isThere && S_ISDIR(status.st_mode)) {
-    return enter(name, status, item);
+    return enter(path, status, item);
   }
-  const bool isRegular = isThere && S_ISREG(status.st_mode);
-  item = {name, isRegular ? std::optional<FileStamp>(stampOf(status)) : std::nullopt, 0};
+  item = {name, std::nullopt, std::nullopt};
+  if (isThere && !S_ISREG(status.st_mode)) {
+    item.error = notAFile();
+  } else if (isThere && path == name) {
+    item.file = stampOf(status);
+  }
   return Step::Item;
+}
+
+/// Ends the innermost folder. When that is not the end of its names, the folder is the item.
+FileWalk::Step FileWalk::leave(FoundItem& item, int error) {
+  item = {std::move(folders_.back().path), std::nullopt, unreadable(error)};
+  folders_.pop_back();
+  return error == 0 ? Step::GoOn : Step::Item;
 }
 
 /// Goes on in a folder, unless it was looked into before. When that cannot be done the folder is the item.
@@ -95,10 +112,21 @@ FileWalk::Step FileWalk::enter(const std::string& path, const struct stat& statu
   if (!seen_.insert({status.st_dev, status.st_ino}).second) {
     return Step::GoOn;
   }
-  Folder folder{path.back() == '/' ? path : path + '/', {}};
-  if (!readNames(path, folder.names)) {
-    item = {path, std::nullopt, errno};
+  Folder folder{path.back() == '/' ? path : path + '/', Stream(::opendir(path.c_str()), ::closedir), {}};
+  if (!folder.stream) {
+    item = {path, std::nullopt, unreadable(errno)};
     return Step::Item;
+  }
+  if (order_ == Order::ByName || folders_.size() >= mostOpen) {
+    for (std::string name; readName(folder.stream.get(), name);) {
+      folder.names.push_back(std::move(name));
+    }
+    if (errno != 0) {
+      item = {path, std::nullopt, unreadable(errno)};
+      return Step::Item;
+    }
+    folder.stream.reset();
+    std::sort(folder.names.begin(), folder.names.end(), std::greater<>());
   }
   folders_.push_back(std::move(folder));
   return Step::GoOn;

@@ -5,7 +5,11 @@
 
 #include <atomic>
 #include <chrono>
+#include <exception>
+#include <functional>
 #include <memory>
+#include <new>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -16,6 +20,7 @@
 #include "output/output.h"
 #include "output/talk.h"
 #include "probe/table.h"
+#include "scan/background_thread.h"
 #include "scan/file_walk.h"
 #include "scan/progress.h"
 #include "scan/resume_index.h"
@@ -29,15 +34,22 @@ namespace {
 /// How long the main thread waits for results before it looks after the progress.
 constexpr std::chrono::milliseconds patience(100);
 
-/// Counts what a scan will find, ahead of it, for the progress alone. Names of a list are not counted: it may be a
-/// pipe.
+/// Counts what a scan will find, ahead of it, for the progress alone; which goes without where that is not possible.
+/// Names of a list are not counted: it may be a pipe.
 class Census {
  public:
-  explicit Census(const Options& options)
-      : isWhole_(options.filesFrom.empty()), thread_([this, &options] { count(options); }) {}
+  explicit Census(const Options& options) : isWhole_(options.filesFrom.empty()) {
+    try {
+      thread_ = startInBackground([this, &options] { count(options); });
+    } catch (const std::system_error&) {
+      // Threads are few here.
+    }
+  }
   ~Census() {
     stopping_ = true;
-    thread_.join();
+    if (thread_.joinable()) {
+      thread_.join();
+    }
   }
   Census(const Census&) = delete;
   Census& operator=(const Census&) = delete;
@@ -47,12 +59,16 @@ class Census {
 
  private:
   void count(const Options& options) {
-    ItemList words(options.words, "", '\n');
-    FileWalk walk([&words](std::string& name) { return words.next(name); });
-    for (FoundItem item; !stopping_ && walk.next(item);) {
-      ++found_;
+    try {
+      ItemList words(options.words, "", '\n');
+      FileWalk walk([&words](std::string& name) { return words.next(name); }, FileWalk::Order::Any);
+      for (FoundItem item; !stopping_ && walk.next(item);) {
+        ++found_;
+      }
+      done_ = true;
+    } catch (const std::exception&) {
+      found_ = 0;
     }
-    done_ = true;
   }
 
   const bool isWhole_;
@@ -67,7 +83,8 @@ class Finder {
  public:
   Finder(const Options& options, const ResumeIndex& told)
       : items_(options.words, options.filesFrom, options.nulSeparated ? '\0' : '\n'),
-        walk_([this](std::string& name) { return items_.next(name); }),
+        walk_([this](std::string& name) { return items_.next(name); },
+              options.ordered ? FileWalk::Order::ByName : FileWalk::Order::Any),
         told_(told) {}
 
   bool operator()(FoundItem& item) {
@@ -111,16 +128,15 @@ class Scan {
     const bool json = options_.json || terminal_.width == 0;
     const std::unique_ptr<Census> census = progress_.isShown() ? std::make_unique<Census>(options_) : nullptr;
     ScanPool pool(
-        options_, [&finder](FoundItem& item) { return finder(item); },
-        json ? std::function<std::string(const Record&)>(asJson) : asRow);
-    std::string lines = json ? std::string() : tableHead(terminal_);
-    for (std::vector<ScanPool::Result> results; pool.take(results, patience);) {
-      for (const ScanPool::Result& result : results) {
-        tell(result, lines);
-      }
-      write(lines);
-      lines.clear();
-      showProgress(census.get(), finder);
+        options_, [&finder](FoundItem& item) { return finder(item); }, json ? ScanPool::Format(asJson) : asRow);
+    try {
+      tellAll(pool, json ? std::string() : tableHead(terminal_), [&] { showProgress(census.get(), finder); });
+    } catch (const std::bad_alloc&) {
+      giveUp("out of memory");
+    } catch (const std::exception& exception) {
+      giveUp(exception.what());
+    } catch (...) {
+      giveUp("unknown");
     }
     progress_.hide();
   }
@@ -128,6 +144,26 @@ class Scan {
   const ScanSummary& summary() const { return summary_; }
 
  private:
+  /// @param lines what is to be written first
+  void tellAll(ScanPool& pool, std::string lines, const std::function<void()>& meanwhile) {
+    for (std::vector<ScanPool::Result> results; pool.take(results, patience);) {
+      for (const ScanPool::Result& result : results) {
+        tell(result, lines);
+      }
+      write(lines);
+      lines.clear();
+      meanwhile();
+    }
+  }
+
+  /// Ends the program at once: a worker may be waiting for a server, and who finds the items for a pipe that says no
+  /// more.
+  [[noreturn]] void giveUp(const char* why) {
+    progress_.hide();
+    complain(std::string("internal error: ") + why);
+    ::_exit(EXIT_OUTPUT);
+  }
+
   /// @param lines what is to be written; the result's is added
   void tell(const ScanPool::Result& result, std::string& lines) {
     summary_.count(result.record);
@@ -151,8 +187,7 @@ class Scan {
       progress_.hide();
     }
     if (!lines.empty() && !writeData(lines)) {
-      // At once: a worker may be waiting for a server, and who finds the items for a pipe that says no more.
-      ::_exit(EXIT_OUTPUT);
+      ::_exit(EXIT_OUTPUT);  // at once, as `giveUp` does
     }
   }
 

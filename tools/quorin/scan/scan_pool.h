@@ -1,8 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
+#include <exception>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -11,7 +12,10 @@
 #include <vector>
 
 #include "command_line/options.h"
+#include "item/analysis.h"
 #include "item/record.h"
+#include "scan/agenda.h"
+#include "scan/background_thread.h"
 #include "scan/file_walk.h"
 
 namespace quorin_command {
@@ -20,9 +24,6 @@ namespace quorin_command {
 /// is found and what is done but not taken is bounded, so memory is too, whatever the number of items.
 class ScanPool {
  public:
-  /// Workers that one remote host is asked by at the same time, at most.
-  static constexpr unsigned int mostPerHost = 4;
-
   /// Items that are found, being analysed, or done and not taken.
   static constexpr uint64_t mostUnderWay = 4096;
 
@@ -31,10 +32,16 @@ class ScanPool {
     std::string text;  ///< as `format` made it
   };
 
+  using Find = std::function<bool(FoundItem&)>;
+  using Format = std::function<std::string(const Record&)>;
+  using StartThread = std::function<std::thread(std::function<void()>)>;
+
+  /// There is one worker more than the options ask for: while all others wait for servers, it does what is local.
+  /// Where fewer threads can be had than the options ask for, those do the work that there are. Throws when there
+  /// cannot be a single worker.
   /// @param find gives the next item; false at the end. Called by one thread of the pool.
   /// @param format makes of a record what is to be written; called by the workers
-  ScanPool(const Options& options, std::function<bool(FoundItem&)> find,
-           std::function<std::string(const Record&)> format);
+  ScanPool(const Options& options, Find find, Format format, const StartThread& startThread = startInBackground);
 
   /// Ends the threads, each behind the item it is at.
   ~ScanPool();
@@ -42,38 +49,38 @@ class ScanPool {
   ScanPool& operator=(const ScanPool&) = delete;
 
   /// Waits for results, at most that long, and takes all there are; in the order of finding when the options say so.
+  /// Throws what ended a thread of the pool, once the results that came before it are taken.
   /// @param results emptied first
   /// @return false when there will be no more
   bool take(std::vector<Result>& results, std::chrono::milliseconds patience);
 
  private:
-  struct Job {
-    uint64_t number = 0;
-    FoundItem item;
-    std::string host;  ///< empty for what is local
-  };
-
+  void start(const StartThread& startThread);
+  void stop();
+  void guarded(void (ScanPool::*duty)());
   void findItems();
-  void work(const Options& options);
+  void work();
   bool takeJob(Job& job);
-  std::deque<Job>::iterator nextJob();
-  void finish(const Job& job, Result result);
+  void step(Analysis& analysis, Job job);
+  void putBack(Job job);
+  void finish(Job job, std::string text);
 
-  const std::function<bool(FoundItem&)> find_;
-  const std::function<std::string(const Record&)> format_;
-  const bool ordered_;
+  const Options& options_;
+  const Find find_;
+  const Format format_;
 
   std::mutex mutex_;
   std::condition_variable found_;     ///< jobs came, or a host has room again, or the end
-  std::condition_variable done_;      ///< results came
+  std::condition_variable done_;      ///< results came, or the end
   std::condition_variable roomMade_;  ///< results were taken
-  std::deque<Job> jobs_;
-  std::map<uint64_t, Result> results_;           ///< by number
-  std::map<std::string, unsigned int> perHost_;  ///< workers at it
+  Agenda agenda_;
+  std::map<uint64_t, Result> results_;  ///< by number
   uint64_t foundCount_ = 0;
+  uint64_t doneCount_ = 0;
   uint64_t takenCount_ = 0;
   bool allFound_ = false;
   bool stopping_ = false;
+  std::exception_ptr failure_;  ///< what ended a thread
 
   std::vector<std::thread> threads_;
 };

@@ -1,0 +1,268 @@
+#include "scan/scan_pool.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <boost/make_shared.hpp>
+#include <stdexcept>
+#include <system_error>
+
+#include "item/source_watch.h"
+
+namespace quorin_command {
+namespace {
+
+using testing::ElementsAreArray;
+
+/// Generous: how long a test that goes wrong may wait.
+constexpr std::chrono::seconds timeLimit(30);
+
+/// How many sources of each host are open, now and at most.
+class OpenSources {
+ public:
+  void opened(const std::string& host) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    most_[host] = std::max(most_[host], ++now_[host]);
+  }
+  void closed(const std::string& host) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    --now_[host];
+  }
+  int most(const std::string& host) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return most_[host];
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<std::string, int> now_;
+  std::map<std::string, int> most_;
+};
+
+/// What a server answers: a redirect, or an endless stream of nothing that is known.
+class Answer : public md::HttpAccess {
+ public:
+  Answer(OpenSources& open, std::string host, std::string target)
+      : open_(open), host_(std::move(host)), target_(std::move(target)) {
+    open_.opened(host_);
+  }
+  ~Answer() override { open_.closed(host_); }
+  Answer(const Answer&) = delete;
+  Answer& operator=(const Answer&) = delete;
+
+  int read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) override {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    bytesRead = std::min(length, 100U);
+    std::fill_n(buffer, bytesRead, static_cast<unsigned char>(0));
+    left_ -= std::min(left_, bytesRead);
+    bytesRead = left_ == 0 ? 0 : bytesRead;
+    return 0;
+  }
+  int seek(long long /*offset*/) override { return -29; }
+  int tell(long long& /*offset*/) override { return -38; }
+  int size(long long& /*bytes*/) override { return -38; }
+  int getSeekable(bool& seekable) override {
+    seekable = false;
+    return 0;
+  }
+  int getHeaderList(std::deque<std::string>& lines) override {
+    lines = {target_.empty() ? "HTTP/1.1 200 OK\r\n" : "HTTP/1.1 302 Found\r\n"};
+    if (!target_.empty()) {
+      lines.push_back("Location: " + target_ + "\r\n");
+    }
+    return 0;
+  }
+
+ private:
+  OpenSources& open_;
+  const std::string host_;
+  const std::string target_;
+  unsigned int left_ = 1000;
+};
+
+/// Takes the place of the network. "http://HOST/to/URI" redirects to the URI, anything else is a stream.
+class Network {
+ public:
+  Network() {
+    md::registerUrlScheme("http",
+                          [this](const std::string& uri, const MdchOpenParams&, boost::shared_ptr<MdchUrlBase>& url) {
+                            const size_t begin = std::string("http://").size();
+                            const std::string host = uri.substr(begin, uri.find('/', begin) - begin);
+                            const size_t to = uri.find("/to/");
+                            const std::string target = to == std::string::npos ? "" : uri.substr(to + 4);
+                            if (onOpen) {
+                              onOpen(host);
+                            }
+                            url = boost::make_shared<Answer>(sources, host, target);
+                            return target.empty() ? 0 : 154;
+                          });
+    watchSources();
+  }
+  ~Network() { md::registerUrlScheme("http", md::UrlOpener()); }
+  Network(const Network&) = delete;
+  Network& operator=(const Network&) = delete;
+
+  OpenSources sources;
+  std::function<void(const std::string& host)> onOpen;
+};
+
+Options optionsOf(unsigned int workers) {
+  Options options;
+  options.workers = workers;
+  return options;
+}
+
+FoundItem item(const std::string& name) { return {name, std::nullopt, std::nullopt}; }
+
+/// An item that needs no analysis.
+FoundItem brokenItem(const std::string& name) { return {name, std::nullopt, ItemError{"io_error", "broken"}}; }
+
+ScanPool::Find findOf(std::vector<FoundItem> items) {
+  return [items = std::move(items), next = size_t{0}](FoundItem& found) mutable {
+    const bool isThere = next < items.size();
+    found = isThere ? items[next++] : FoundItem();
+    return isThere;
+  };
+}
+
+std::string nameOf(const Record& record) { return record.name; }
+
+/// All results of a pool, or those until there are enough.
+std::vector<std::string> textsOf(ScanPool& pool, size_t enough = SIZE_MAX) {
+  std::vector<std::string> texts;
+  std::vector<ScanPool::Result> results;
+  const auto deadline = std::chrono::steady_clock::now() + timeLimit;
+  while (texts.size() < enough && std::chrono::steady_clock::now() < deadline &&
+         pool.take(results, std::chrono::milliseconds(100))) {
+    for (const ScanPool::Result& result : results) {
+      texts.push_back(result.text);
+    }
+  }
+  return texts;
+}
+
+/// Starts so many threads and no more.
+ScanPool::StartThread atMost(int threads) {
+  return [left = std::make_shared<std::atomic<int>>(threads)](std::function<void()> work) {
+    if ((*left)-- <= 0) {
+      throw std::system_error(EAGAIN, std::generic_category());
+    }
+    return startInBackground(std::move(work));
+  };
+}
+
+std::vector<std::string> numbered(const std::string& prefix, int count) {
+  std::vector<std::string> names;
+  for (int number = 0; number < count; ++number) {
+    names.push_back(prefix + std::to_string(number));
+  }
+  return names;
+}
+
+std::vector<FoundItem> itemsOf(const std::vector<std::string>& names, FoundItem (*make)(const std::string&)) {
+  std::vector<FoundItem> items;
+  std::transform(names.begin(), names.end(), std::back_inserter(items), make);
+  return items;
+}
+
+TEST(ScanPool, NoHostHasMoreThanFourConnectionsBeItNamedOrRedirectedTo) {
+  Network network;
+  Options options = optionsOf(16);
+  options.follow = 2;
+  options.ordered = true;
+  std::vector<std::string> names;
+  for (int number = 0; number < 30; ++number) {
+    const std::string host = "http://from" + std::to_string(number % 3);
+    names.push_back(host + "/to/http://behind/" + std::to_string(number));
+    names.push_back(host + "/stream/" + std::to_string(number));
+    names.push_back("http://behind/to/" + host + "/back/" + std::to_string(number));
+  }
+  ScanPool pool(options, findOf(itemsOf(names, item)), nameOf);
+  EXPECT_THAT(textsOf(pool), ElementsAreArray(names));
+  for (const char* const host : {"from0", "from1", "from2", "behind"}) {
+    EXPECT_LE(network.sources.most(host), 4) << host;
+  }
+  EXPECT_EQ(network.sources.most("behind"), 4);
+}
+
+TEST(ScanPool, ASlowHostKeepsNothingLocalWaiting) {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool isSlow = true;
+  Network network;
+  network.onOpen = [&](const std::string& /*host*/) {
+    std::unique_lock<std::mutex> lock(mutex);
+    changed.wait_for(lock, 2 * timeLimit, [&] { return !isSlow; });
+  };
+  std::vector<FoundItem> items = itemsOf(numbered("http://slow/", 100), item);
+  const std::vector<std::string> local = numbered("/local/", 50);
+  for (const std::string& name : local) {
+    items.push_back(brokenItem(name));
+  }
+  ScanPool pool(optionsOf(2), findOf(items), nameOf);
+  EXPECT_THAT(textsOf(pool, local.size()), ElementsAreArray(local));
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    isSlow = false;
+  }
+  changed.notify_all();
+  EXPECT_EQ(textsOf(pool).size(), 100U);
+}
+
+TEST(ScanPool, WhatIsUnderWayIsBounded) {
+  std::atomic<uint64_t> found{0};
+  ScanPool pool(
+      optionsOf(2),
+      [&found](FoundItem& next) {
+        next = brokenItem("/x");
+        return ++found <= 3 * ScanPool::mostUnderWay;
+      },
+      nameOf);
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  EXPECT_LE(found, ScanPool::mostUnderWay + 1);
+  EXPECT_EQ(textsOf(pool).size(), 3 * ScanPool::mostUnderWay);
+}
+
+TEST(ScanPool, AnExceptionOfAWorkerEndsTheScan) {
+  ScanPool pool(optionsOf(3), findOf(itemsOf(numbered("/", 10000), brokenItem)), [](const Record& record) {
+    return record.name == "/5000" ? throw std::runtime_error("no more") : record.name;
+  });
+  EXPECT_THROW(textsOf(pool), std::runtime_error);
+}
+
+TEST(ScanPool, AnExceptionWhileItemsAreFoundEndsTheScan) {
+  ScanPool pool(
+      optionsOf(1),
+      [n = 0](FoundItem& found) mutable {
+        found = brokenItem("/x");
+        return ++n < 100 ? true : throw std::bad_alloc();
+      },
+      nameOf);
+  EXPECT_THROW(textsOf(pool), std::bad_alloc);
+}
+
+TEST(ScanPool, WithFewerThreadsThanAskedForItTakesLonger) {
+  const std::vector<std::string> names = numbered("/", 1000);
+  for (const int threads : {2, 3, 9}) {
+    Options options = optionsOf(8);
+    options.ordered = true;
+    ScanPool pool(options, findOf(itemsOf(names, brokenItem)), nameOf, atMost(threads));
+    EXPECT_THAT(textsOf(pool), ElementsAreArray(names)) << threads;
+  }
+}
+
+TEST(ScanPool, WithoutThreadsThereIsAClearMessage) {
+  for (const int threads : {0, 1}) {
+    try {
+      const ScanPool pool(optionsOf(8), findOf({}), nameOf, atMost(threads));
+      FAIL() << threads;
+    } catch (const std::runtime_error& error) {
+      EXPECT_STREQ(error.what(), "no thread can be started: resource temporarily unavailable");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quorin_command
