@@ -127,6 +127,17 @@ class Quorin:
         return b"".join(chunks).decode("utf-8", "surrogateescape").replace("\r\n", "\n")
 
 
+def uris(records):
+    return [record.get("uri", record.get("path_b64")) for record in records]
+
+
+def start_scan(*arguments, environment={}, **how):
+    """A scan that goes on while the test does."""
+    how.setdefault("stdin", subprocess.PIPE)
+    how.setdefault("stderr", subprocess.PIPE)
+    return subprocess.Popen([COMMAND, "scan", *arguments], stdout=subprocess.PIPE, env=clean_environment(**environment), **how)
+
+
 @pytest.fixture
 def quorin(tmp_path):
     return Quorin(tmp_path)
@@ -200,3 +211,16 @@ def golden(request):
         assert text == path.read_text()
 
     return compare
+
+
+@pytest.fixture
+def tree(tmp_path, plain_mp3, tagged_mp3):
+    """Two albums, something else, and a list of what is an item there, in order."""
+    for name in ("a/1.mp3", "a/2.mp3", "b/sub/3.mp3", "b/4.mp3"):
+        path = tmp_path / "music" / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(tagged_mp3 if name.startswith("a") else plain_mp3)
+    (tmp_path / "music/b/readme.txt").write_text("no audio\n" * 100)
+    (tmp_path / "music/.hidden.mp3").write_bytes(plain_mp3)
+    return [f"{tmp_path}/music/{name}" for name in
+            (".hidden.mp3", "a/1.mp3", "a/2.mp3", "b/4.mp3", "b/readme.txt", "b/sub/3.mp3")]

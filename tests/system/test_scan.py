@@ -1,7 +1,6 @@
 """quorin scan: whole folders, several items at once."""
 
 import base64
-import http.server
 import json
 import os
 import pty
@@ -14,33 +13,10 @@ import time
 
 import pytest
 
-from conftest import COMMAND, TIME_LIMIT, clean_environment
+from conftest import COMMAND, TIME_LIMIT, clean_environment, start_scan, uris
 from web_server import scripted_server
 
 WITHOUT_PRIVILEGES = ["setpriv", "--bounding-set=-dac_override,-dac_read_search"] if os.geteuid() == 0 else []
-
-
-@pytest.fixture
-def tree(tmp_path, plain_mp3, tagged_mp3):
-    """Two albums, something else, and a list of what is an item there, in order."""
-    for name in ("a/1.mp3", "a/2.mp3", "b/sub/3.mp3", "b/4.mp3"):
-        path = tmp_path / "music" / name
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(tagged_mp3 if name.startswith("a") else plain_mp3)
-    (tmp_path / "music/b/readme.txt").write_text("no audio\n" * 100)
-    (tmp_path / "music/.hidden.mp3").write_bytes(plain_mp3)
-    return [f"{tmp_path}/music/{name}" for name in
-            (".hidden.mp3", "a/1.mp3", "a/2.mp3", "b/4.mp3", "b/readme.txt", "b/sub/3.mp3")]
-
-
-def uris(records):
-    return [record.get("uri", record.get("path_b64")) for record in records]
-
-
-def start(*arguments, **how):
-    how.setdefault("stdin", subprocess.PIPE)
-    how.setdefault("stderr", subprocess.PIPE)
-    return subprocess.Popen([COMMAND, "scan", *arguments], stdout=subprocess.PIPE, env=clean_environment(), **how)
 
 
 # What is found
@@ -104,6 +80,17 @@ def test_names_of_every_kind(quorin, tmp_path, plain_mp3):
     assert found == {os.path.join(os.fsencode(folder), name) for name in names}
 
 
+@pytest.mark.parametrize("form", ["file://{}/music/a", "file://localhost{}/musi%63/a", "FILE:{}/music/a", "file:music/a"])
+def test_a_folder_by_its_file_uri_is_walked(quorin, tree, tmp_path, form):
+    records = quorin.records("scan", "--ordered", form.format(tmp_path))
+    assert [record["uri"].replace(f"{tmp_path}/", "") for record in records] == ["music/a/1.mp3", "music/a/2.mp3"]
+    assert all("file" in record for record in records)
+
+
+def test_a_folder_of_another_machine_is_not(quorin, tree, tmp_path):
+    assert quorin.record("scan", f"file://elsewhere{tmp_path}/music")["error"]["name"] == "bad_uri"
+
+
 def test_an_empty_folder(quorin, tmp_path):
     (tmp_path / "empty").mkdir()
     result = quorin("scan", "empty")
@@ -147,7 +134,7 @@ def test_output_that_cannot_be_written(quorin, tree):
 
 
 def test_a_reader_who_goes_away_ends_a_scan_at_once(tree, tmp_path):
-    process = start("--files-from", "-", cwd=tmp_path)
+    process = start_scan("--files-from", "-", cwd=tmp_path)
     process.stdin.write(b"music/a/1.mp3\n")
     process.stdin.flush()
     assert process.stdout.readline().endswith(b"}\n")
@@ -160,7 +147,7 @@ def test_a_reader_who_goes_away_ends_a_scan_at_once(tree, tmp_path):
 
 
 def test_an_interrupted_scan_leaves_whole_lines(tree, tmp_path):
-    process = start("--files-from", "-", cwd=tmp_path)
+    process = start_scan("--files-from", "-", cwd=tmp_path)
 
     def feed():
         try:
@@ -223,6 +210,14 @@ def test_a_last_line_that_was_cut_off_does_no_harm(quorin, tree, earlier):
     assert json.loads(lines[6])["uri"] == tree[5]
 
 
+def test_a_file_that_redirected_is_known_by_its_own_name(quorin, tree, earlier):
+    records = [json.loads(line) for line in earlier.read_text().splitlines()]
+    records[1].update(via=[tree[1], "http://host/list"], uri="http://host/song")
+    records[2].update(via=["http://host/list"])
+    earlier.write_text("".join(json.dumps(record) + "\n" for record in records))
+    assert uris(quorin.records("scan", "--resume", str(earlier), "music")) == [tree[2]]
+
+
 @pytest.mark.parametrize("line", ["no record", "{}", "[1]", '{"v":9,"kind":"audio"}',
                                   '{"v":1,"kind":"audio","file":{"size":"x"}}'])
 def test_what_is_no_record_is_told_and_passed_over(quorin, tree, earlier, line):
@@ -263,61 +258,6 @@ def test_names_that_are_no_utf8_are_known_again(quorin, tmp_path, plain_mp3):
     assert quorin("scan", "--resume", "old", "odd").out == ""
 
 
-# Hosts, memory
-
-
-class CountingServer(http.server.ThreadingHTTPServer):
-    """Answers slowly, and counts how many are waiting at the same time."""
-
-    daemon_threads = True
-
-    def __init__(self):
-        super().__init__(("0.0.0.0", 0), Answer)
-        self.lock, self.now, self.most = threading.Lock(), {}, {}
-        threading.Thread(target=self.serve_forever, daemon=True).start()
-
-
-class Answer(http.server.BaseHTTPRequestHandler):
-    def do_GET(self):
-        host = self.headers["Host"].split(":")[0]
-        with self.server.lock:
-            self.server.now[host] = self.server.now.get(host, 0) + 1
-            self.server.most[host] = max(self.server.most.get(host, 0), self.server.now[host])
-        time.sleep(0.05)
-        with self.server.lock:
-            self.server.now[host] -= 1
-        self.send_response(404)
-        self.end_headers()
-
-    def log_message(self, *_):
-        pass
-
-
-def test_no_host_is_asked_by_more_than_four_at_once(quorin, tree):
-    server = CountingServer()
-    port = server.server_address[1]
-    urls = [f"http://127.0.0.{1 + n // 20}:{port}/{n}" for n in range(40)]
-    records = quorin.records("scan", "-j", "32", "--ordered", *urls, "music")
-    server.shutdown()
-    server.server_close()
-    assert uris(records) == urls + tree
-    assert max(server.most.values()) == 4
-
-
-def test_memory_does_not_grow_with_the_number_of_items(tree, tmp_path):
-    def peak(lines):
-        (tmp_path / "list").write_text("music/a/1.mp3\n" * lines)
-        process = start("-j", "4", "--files-from", "list", cwd=tmp_path, stdin=subprocess.DEVNULL)
-        time.sleep(0.2)  # a reader who is late
-        count = sum(1 for _ in process.stdout)
-        _, status, usage = os.wait4(process.pid, 0)
-        process.returncode = 0
-        assert (status, count) == (0, lines)
-        return usage.ru_maxrss
-
-    assert peak(40000) < peak(8000) + 6000  # KiB
-
-
 # What is said meanwhile, and at the end
 
 
@@ -337,7 +277,7 @@ def test_nothing_but_the_summary_goes_to_what_is_no_terminal(quorin, tree):
 
 def slow_scan(tree_folder, *arguments, seconds, stderr):
     """A scan whose list comes in two parts."""
-    process = start(*arguments, "--files-from", "-", cwd=tree_folder, stderr=stderr)
+    process = start_scan(*arguments, "--files-from", "-", cwd=tree_folder, stderr=stderr)
     process.stdin.write(b"music/a\n")
     process.stdin.flush()
     time.sleep(seconds)

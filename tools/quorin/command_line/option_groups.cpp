@@ -111,7 +111,8 @@ void defineScan(CLI::App& app, Given& given) {
       ->type_name("N")
       ->check(CLI::Range(1U, mostWorkers).description(""))
       ->group(group);
-  app.add_flag("--ordered", given.options.ordered, "tell items in the order in which they are found")->group(group);
+  app.add_flag("--ordered", given.options.ordered, "tell items in the order given, and those of a folder by name")
+      ->group(group);
   app.add_option("--resume", given.options.resume,
                  "leave out files that FILE, records of an earlier scan, tells already")
       ->type_name("FILE")
