@@ -18,7 +18,7 @@ Job jobOf(const FoundItem& found) {
   if (found.error) {
     job.record.error = found.error;
   }
-  job.host = hostOf(job.record.uri);
+  job.host = job.record.error ? std::string() : hostOf(job.record.uri);
   return job;
 }
 
