@@ -22,9 +22,7 @@ const std::vector<CommandDefinition>& commandDefinitions() {
        "Walks the folders and analyses every regular file in them, several at once.\n"
        "Writes a JSON record per file as it comes, or rows of a table to a terminal\n"
        "unless --json is given. A folder is looked into once, however many links lead\n"
-       "there. Files that are not recognised are counted, but are no failure. Where\n"
-       "items of the network are among them, no host is asked by more than four\n"
-       "workers at once.\n",
+       "there. Files that are not recognised are counted, but are no failure.\n",
        {defineItemList, defineScan, defineSources, defineRedirects, defineNetwork, defineJson, defineLook, defineTalk},
        0},
       {Command::Cover,
