@@ -128,14 +128,17 @@ def test_a_name_that_is_too_long_is_told_shortened(quorin, tree, command, separa
 
 
 def test_a_list_without_line_ends_takes_no_memory(tmp_path):
-    with open(tmp_path / "list", "wb") as file:
-        file.truncate(300 * 10**6)
-    process = start_scan("--files-from", "list", cwd=tmp_path, environment=SMALL_QUARANTINE)
-    record = json.loads(process.stdout.read())
-    _, status, usage = os.wait4(process.pid, 0)
-    process.returncode = os.waitstatus_to_exitcode(status)
-    assert (process.returncode, record["error"]["name"]) == (3, "bad_uri")
-    assert usage.ru_maxrss < 200000
+    process = start_scan("--files-from", "-", cwd=tmp_path, environment=SMALL_QUARANTINE)
+    for _ in range(300):
+        process.stdin.write(bytes(10**6))
+    process.stdin.write(b"\n")
+    process.stdin.flush()
+    record = json.loads(process.stdout.readline())
+    with open(f"/proc/{process.pid}/status") as status:
+        (peak,) = [int(line.split()[1]) for line in status if line.startswith("VmHWM:")]
+    process.stdin.close()
+    assert (process.wait(TIME_LIMIT), record["error"]["name"]) == (3, "bad_uri")
+    assert peak < 200000  # KiB
 
 
 # Deep folders
