@@ -25,6 +25,7 @@ class CountingServer(http.server.ThreadingHTTPServer):
     """Answers slowly, and counts how many are waiting at the same time. /to/ADDRESS/... redirects there."""
 
     daemon_threads = True
+    request_queue_size = 64  # a full queue would make clients wait for a second
 
     def __init__(self):
         super().__init__(("0.0.0.0", 0), Answer)
