@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// What `Analyzer::analyze` hands out.
+
 #include <boost/shared_ptr.hpp>
 
 #include "quorin/info.h"

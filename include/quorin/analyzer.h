@@ -20,9 +20,14 @@
 #include "quorin/analyze_result.h"
 #include "strell/strell.h"
 
+/// @namespace zu::md::common::quorin
+/// Media analysis: `Analyzer` asks, `AnalyzeResult` holds the answer.
+
 namespace zu::md::common::quorin {
 
-/// Analyses items, any number of them, one at a time. Different objects are independent of each other.
+/// Analyses items, any number of them, one at a time. An object is used by one thread at a time; different objects are
+/// independent of each other, so each thread makes one of its own. Copies share what they are made of and count as one
+/// object.
 class MD_API Analyzer {
  public:
   /// Which formats are looked for. Only bit 0 counts.
@@ -31,11 +36,16 @@ class MD_API Analyzer {
     MODE_AUDIO = 1  ///< every audio format
   };
 
+  /// Opens nothing yet.
+  /// @param mode the formats that every `analyze` of this object looks for
+  /// @throws std::bad_alloc
   explicit Analyzer(Mode_t mode);
 
   /// Finds out what `params.uri` is. The first answer ends the search: translated, repaired, folder, redirected,
-  /// playlist, one of the audio formats, unknown.
+  /// playlist, one of the audio formats, unknown. Takes as long as opening and reading take; `params.options` bound
+  /// that.
   ///
+  /// @param params the item and how to open it; not needed any more after the call
   /// @param result receives a fresh result, except when the URI is empty
   /// @return 0 when the item was recognised. With a non-zero status `result->info` may be set all the same:
   ///   "application/unknown" comes with the status by which the last format was declined.
@@ -53,6 +63,7 @@ class MD_API Analyzer {
   int analyze(strell::OpenParams const& params, boost::shared_ptr<AnalyzeResult>& result);
 
   /// Decodes the four bytes of an MPEG audio frame header (ISO/IEC 11172-3, 13818-3 and the MPEG-2.5 extension).
+  /// @param header four bytes, never null
   /// @param bitrate kbit/s; 0 for free format, -1 for the forbidden index
   /// @param samplingFrequency Hz; the reserved index reads as 44100 and its halves
   /// @param samplesPerFrame 384, 576 or 1152
@@ -63,6 +74,7 @@ class MD_API Analyzer {
                               unsigned& samplesPerFrame, int& frameSize, unsigned& xingOffset);
 
   /// Recognises the ten bytes of an ID3v2 tag header (id3.org, ID3v2.2 to 2.4).
+  /// @param header ten bytes; null is no header
   /// @param tagLength bytes of the whole tag, header and footer included
   /// @param footerSize 10 or 0
   /// @return 1 with both set, or 0
@@ -70,6 +82,8 @@ class MD_API Analyzer {
 
   /// Decodes a size of an ID3v2 tag: seven bits per byte when every byte is below 0x80, else a plain big-endian
   /// number.
+  /// @param result receives the size
+  /// @param bytes `length` bytes, the most significant first. When it or `result` is null, nothing is stored.
   /// @param length 3 or 4; any other stores 0
   static void decodeSyncSafeInteger(unsigned* result, const unsigned char* bytes, unsigned char length);
 

@@ -26,20 +26,24 @@ namespace zu::md::common::quorin {
 class MD_API QuorinUrlRework {
  public:
   /// The one registry of the process, made by the first call.
+  /// @return good until the static objects of the program are destroyed
   static QuorinUrlRework& getInstance();
 
   QuorinUrlRework(const QuorinUrlRework&) = delete;
   QuorinUrlRework& operator=(const QuorinUrlRework&) = delete;
 
-  /// Registers `translator`, which is kept alive until it is removed.
+  /// Registers a translator.
+  /// @param translator kept alive until it is removed
   /// @return 0, or -1 when the pointer is empty or the object registered already
   int add(boost::shared_ptr<UrlTranslator> translator);
 
-  /// Unregisters `translator`.
+  /// Unregisters a translator. When it returns, no call of the translator is under way and none will come.
+  /// @param translator the object that was added
   /// @return 0, or -1 when the pointer is empty or the object not registered
   int remove(boost::shared_ptr<UrlTranslator> translator);
 
   /// Asks the translators, in the order of their addresses, until one knows `url`.
+  /// @param url as the item was asked for
   /// @param reworked receives the new URI on 1 and is left alone otherwise
   /// @return 1; 0 when none knows `url`; the negative code of a translator that failed
   /// @throws what a translator throws

@@ -14,15 +14,21 @@
 MD_API int vdir2MediaIDGetByUUID(const char* uuid);
 
 /// Opens a directory.
+/// @param mediaId from `vdir2MediaIDGetByUUID` or `vdir2MediaRegister`
 /// @param path relative to the medium, without a leading "/"; empty for its root
 /// @param mode has no meaning on the host
-/// @return a handle of 0 or more to be closed by `vdir2DirClose`; negative when `path` is no directory
+/// @return a handle of 0 or more to be closed by `vdir2DirClose`; negative when `path` is no directory or cannot be
+///   opened, and while 256 handles are open
 MD_API int vdir2DirOpen(int mediaId, const char* path, int mode);
 
-/// Closes a handle of `vdir2DirOpen`.
+/// Closes a directory.
+/// @param handle of `vdir2DirOpen`
+/// @param mode has no meaning on the host
 /// @return 0, or a negative number when the handle is not open
 MD_API int vdir2DirClose(int handle, int mode);
 
-/// Registers a directory as the medium `uuid`, replacing an earlier registration.
+/// Registers a directory as a medium, replacing an earlier registration.
+/// @param uuid NUL-terminated; upper and lower case alike
+/// @param directory NUL-terminated; absolute, or relative to the working directory of now
 /// @return the media id, or a negative number when `uuid` is empty or `directory` is no directory
 MD_API int vdir2MediaRegister(const char* uuid, const char* directory);

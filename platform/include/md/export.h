@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// What a shared library shows.
+
 /// Marks what a shared library shows to the outside. Everything is built with hidden visibility, so a name
 /// without this mark stays private to the library that defines it.
 #define MD_API __attribute__((visibility("default")))

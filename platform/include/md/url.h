@@ -45,45 +45,61 @@ struct UrlCost {
 ///  - A source is used by one thread at a time. Destruction closes it.
 class MD_API MdchUrlBase {
  public:
+  /// Closes the source.
   virtual ~MdchUrlBase() = default;
 
   /// Reads at the current position.
   /// @param buffer receives up to `length` bytes
+  /// @param length most bytes to deliver
   /// @param bytesRead number of bytes delivered, also on failure
+  /// @return 0, or a negative failure
   virtual int read(unsigned char* buffer, unsigned int length, unsigned int& bytesRead) = 0;
 
-  /// Sets the position to `offset` bytes from the start of the stream. Costs no I/O; a failure to get there may
-  /// show only in the next `read`.
+  /// Sets the position. Costs no I/O; a failure to get there may show only in the next `read`.
+  /// @param offset bytes from the start of the stream, 0 or more
+  /// @return 0, or a negative failure
   virtual int seek(long long offset) = 0;
 
-  /// Tells the position in bytes from the start of the stream.
+  /// Tells the position.
+  /// @param offset receives it, in bytes from the start of the stream
+  /// @return 0, or a negative failure
   virtual int tell(long long& offset) = 0;
 
-  /// Tells the length of the stream in bytes; fails when it is not known (live streams, pipes).
+  /// Tells the length of the stream; fails when it is not known (live streams, pipes).
+  /// @param bytes receives it
+  /// @return 0, or a negative failure
   virtual int size(long long& bytes) = 0;
 
   /// Tells whether `seek` can work.
+  /// @param seekable receives the answer
+  /// @return 0, or a negative failure
   virtual int getSeekable(bool& seekable) = 0;
 
-  /// What this source has cost so far; all zero for a source that does not count.
+  /// What this source has cost so far.
+  /// @return all zero for a source that does not count
   virtual UrlCost cost() const { return UrlCost(); }
 };
 
-/// How to open a source. Nine words on a 32-bit machine; texts are C strings, null meaning "not given".
+/// How to open a source. Nine words on a 32-bit machine; texts are C strings, null meaning "not given". They have to
+/// live as long as the call of `mdch_OpenUrl`.
 ///
-/// On the host the texts are: `text0` user agent, `text1` path of a CA bundle, `text2` proxy, `text3` extra
-/// request header lines separated by line feeds, `text4` time limits
-/// ("connect=SECONDS;stall=SECONDS;total=SECONDS", each optional; 10, 15 and none when not given).
+/// What the texts mean is up to the platform; here stands what they mean to the host's HTTP. Its local sources take the
+/// time limits alone, for pipes. A text that cannot be understood is code 22 of `mdch_OpenUrl`.
 struct MdchOpenParams {
-  const char* text0;
-  uint32_t mode;  ///< open mode bits 0 to 5; the host gives them no meaning
-  uint32_t reserved0;
-  const char* text1;
-  const char* text2;
+  const char* text0;   ///< user agent; "quorin/VERSION" when not given
+  uint32_t mode;       ///< open mode bits 0 to 5; the host gives them no meaning
+  uint32_t reserved0;  ///< 0
+  const char* text1;   ///< path of the CA bundle to trust instead of the system's
+  const char* text2;   ///< proxy, such as "http://host:port" or "socks5://host:port"; when not given, none
+  /// Extra request header lines (RFC 9110), "Name: value", separated by line feeds. Range, If-Range, Content-Length and
+  /// Transfer-Encoding are the source's own and refused.
   const char* text3;
+  /// Time limits, "connect=SECONDS;stall=SECONDS;total=SECONDS", each optional: until the connection stands, 10 when
+  /// not given; without a byte arriving, 15; until the last byte, none. Decimal numbers up to 1000000; 0 takes the
+  /// limit away.
   const char* text4;
-  uint32_t reserved1;
-  uint32_t reserved2;
+  uint32_t reserved1;  ///< 0
+  uint32_t reserved2;  ///< 0
 };
 static_assert(sizeof(void*) != 4 || sizeof(MdchOpenParams) == 9 * sizeof(uint32_t), "nine 32-bit words");
 
@@ -114,13 +130,15 @@ static_assert(sizeof(void*) != 4 || sizeof(MdchOpenParams) == 9 * sizeof(uint32_
 ///   | 156 | a time limit ran out |
 MD_API int mdch_OpenUrl(const char* uri, int, const MdchOpenParams& params, boost::shared_ptr<MdchUrlBase>& url);
 
+/// The URL layer beyond `mdch_OpenUrl`: HTTP sources, repair of URLs, schemes of one's own.
 namespace md {
 
 /// A source that was opened by HTTP and has a response header.
 class MD_API HttpAccess : public MdchUrlBase {
  public:
-  /// Replaces `lines` by the header lines of the last response: the status line first, line ends kept.
-  /// On failure `lines` is untouched.
+  /// Tells the header of the last response.
+  /// @param lines replaced by the header lines: the status line first, line ends kept; untouched on failure
+  /// @return 0, or a negative failure
   virtual int getHeaderList(std::deque<std::string>& lines) = 0;
 };
 
@@ -128,6 +146,8 @@ class MD_API HttpAccess : public MdchUrlBase {
 /// tabs and line ends at both ends go, scheme and host become lower case, and in path, query and fragment every
 /// byte that RFC 3986 does not let stand there is escaped with upper-case digits. Any other input, and every
 /// well-formed URL, comes back byte for byte. Total and idempotent.
+/// @param url any text
+/// @return the repaired URL
 MD_API std::string urlPatch(const std::string& url);
 
 /// Opens a URI for `mdch_OpenUrl`, with the same arguments and results.

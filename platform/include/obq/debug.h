@@ -42,6 +42,7 @@ MD_API int obqDebugCheckLevelGetFrameAndChunk(const uint32_t record[3]);
 MD_API void obqDebugOutput0(const uint32_t record[3], const char* format, ...) __attribute__((format(printf, 2, 3)));
 }
 
+/// How much is logged, and where it goes.
 namespace obq {
 
 /// Receives every line: the module and the level of its record, and the text as formatted.

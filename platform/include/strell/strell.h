@@ -44,13 +44,17 @@
 #include "md/export.h"
 #include "md/url.h"
 
+/// @namespace zu::md::common::strell
+/// Media access: one opened source with its cache.
+
 namespace zu::md::common::strell {
 
 /// What to open and how.
 struct OpenParams {
-  std::string uri;                     ///< path, file:, vdr2://, http://, https:// or a registered scheme
-  uint32_t openFlags = 0;              ///< bits 0 to 5 are handed to the URL layer as its open mode
-  std::array<std::string, 5> options;  ///< handed to the URL layer as texts 0 to 4; empty means not given
+  std::string uri;         ///< path, file:, vdr2://, http://, https:// or a registered scheme
+  uint32_t openFlags = 0;  ///< bits 0 to 5 are handed to the URL layer as its open mode
+  std::array<std::string, 5>
+      options;  ///< handed to the URL layer as texts 0 to 4, see MdchOpenParams; empty: not given
 };
 
 /// One ICY metadata block.
@@ -72,9 +76,12 @@ enum Error : int {
   SOURCE_BROKEN = -1009,      ///< the source broke its contract (a failure that is not negative, more bytes than asked)
 };
 
+/// One opened source with its cache; see the top of this file.
 class MD_API Strell {
  public:
+  /// Has no source yet.
   Strell();
+  /// Releases the source.
   ~Strell();
   Strell(const Strell&) = delete;
   Strell& operator=(const Strell&) = delete;
@@ -82,10 +89,12 @@ class MD_API Strell {
   /// Takes an opened source, asks whether it can seek and reads its header lines for ICY. Everything an earlier
   /// source left is forgotten. A source whose `getSeekable` fails counts as one that cannot seek. One that was read
   /// before is played from its start if it can seek, else from where it stands.
+  /// @param url the source, kept alive as long as it is attached
   /// @return `NO_SOURCE` for an empty pointer, else 0
   int attach(boost::shared_ptr<MdchUrlBase> url);
 
   /// Delivers `length` bytes at the cache offset and moves the offset behind them.
+  /// @param length bytes wanted
   /// @param data receives a pointer that is good until the next call on this object; null on failure. For length
   ///        0 at a valid offset it is not null.
   /// @return `NOT_CACHED` when the bytes do not all lie in one region, `OFFSET_NOT_CACHED` after a failed
@@ -107,16 +116,20 @@ class MD_API Strell {
   const unsigned char* peekDataCache(unsigned int& length);
 #endif
 
-  /// The cache offset, in bytes from the start of the stream; 0 before `attach`.
+  /// The cache offset.
+  /// @return bytes from the start of the stream; 0 before `attach`
   unsigned int getDataCacheOffset();
 
   /// Moves the cache offset, always. Succeeds when `offset` lies in the head or the seek region or at the end of
   /// one, for which that region is filled as far as `offset`; otherwise fails, and so does every `readDataCache` until
   /// the offset is moved again.
-  /// @return `OFFSET_NOT_CACHED`
+  /// @param offset bytes from the start of the stream
+  /// @return 0 or `OFFSET_NOT_CACHED`
   int setDataCacheOffset(unsigned int offset);
 
   /// Reads `length` bytes at the read position, waiting until they are there, the stream ends or an error comes.
+  /// @param buffer receives them
+  /// @param length bytes wanted
   /// @param bytesRead bytes delivered, also on failure; fewer than `length` with status 0 only at the end
   /// @param icy receives, appended, the metadata blocks that were passed
   /// @return `END_OF_STREAM` for a call at the end; the source's error after the bytes that came before it; 0 without
@@ -124,23 +137,33 @@ class MD_API Strell {
   int readData(unsigned char* buffer, unsigned int length, unsigned int& bytesRead, std::vector<IcyData>& icy);
 
   /// The read position: 0 after `attach`. Does not ask the source.
+  /// @param offset receives it, in bytes from the start of the stream
+  /// @return 0, or `NOT_ATTACHED`
   int tell(long long& offset);
 
-  /// Moves the read position to `offset` (0 to size), starts an empty seek region there and moves the cache
-  /// offset there too when it fits 32 bits. The source is asked to seek at once. A failed call changes nothing.
-  /// @return `NOT_SEEKABLE`, `OUT_OF_RANGE` or the source's error
+  /// Moves the read position, starts an empty seek region there and moves the cache offset there too when it fits
+  /// 32 bits. The source is asked to seek at once. A failed call changes nothing.
+  /// @param offset 0 to the size, in bytes from the start of the stream
+  /// @return 0, `NOT_SEEKABLE`, `OUT_OF_RANGE` or the source's error
   int seek(long long offset);
 
-  /// The source's size in bytes, ICY metadata included; fails when unknown.
+  /// The source's size, ICY metadata included; fails when unknown.
+  /// @param bytes receives it
+  /// @return 0, or the source's error
   int size(long long& bytes);
 
   /// Whether the source says that it can seek.
+  /// @param seekable receives the answer
+  /// @return 0, or the source's error
   int getSeekable(bool& seekable);
 
-  /// Replaces `lines` by the HTTP response header; `NO_HEADER` when the source has none, `lines` untouched then.
+  /// Tells the HTTP response header.
+  /// @param lines replaced by the lines, status line first, line ends kept; untouched on failure
+  /// @return 0; `NO_HEADER` when the source has none; the source's error
   int getHeaderList(std::deque<std::string>& lines);
 
-  /// What the attached source has cost so far; zeros before `attach`.
+  /// What the attached source has cost so far.
+  /// @return zeros before `attach`
   UrlCost cost() const;
 
  private:
