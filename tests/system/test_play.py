@@ -6,7 +6,7 @@ import subprocess
 import pytest
 
 from conftest import COMMAND, TIME_LIMIT, check_records, clean_environment
-from web_server import Nginx, scripted_server
+from web_server import Nginx, live, scripted_server
 
 
 @pytest.fixture(scope="module")
@@ -56,19 +56,6 @@ def test_output_that_cannot_be_written(album):
 
 
 # Live streams
-
-
-def live(audio, interval=4096, titles=("One", "It's; two", "", "Two")):
-    """A live stream: a title before each of the first pieces of audio."""
-    body = b""
-    for at in range(0, len(audio), interval):
-        piece = audio[at:at + interval]
-        number = at // interval
-        text = f"StreamTitle='{titles[number]}';StreamUrl='x';".encode() if number < len(titles) else b""
-        blocks = (len(text) + 15) // 16
-        body += piece + (bytes([blocks]) + text.ljust(blocks * 16, b"\0") if len(piece) == interval else b"")
-    return (f"HTTP/1.0 200 OK\r\nContent-Type: audio/mpeg\r\nicy-br:128\r\nicy-metaint: {interval}\r\n\r\n".encode()
-            + body)
 
 
 def test_the_metadata_of_a_live_stream_is_taken_out(plain_mp3):

@@ -109,6 +109,19 @@ class Nginx:
         return (self.folder / "access.log").read_text().splitlines()
 
 
+def live(audio, interval=4096, titles=("One", "It's; two", "", "Two")):
+    """A live stream: a title before each of the first pieces of audio."""
+    body = b""
+    for at in range(0, len(audio), interval):
+        piece = audio[at:at + interval]
+        number = at // interval
+        text = f"StreamTitle='{titles[number]}';StreamUrl='x';".encode() if number < len(titles) else b""
+        blocks = (len(text) + 15) // 16
+        body += piece + (bytes([blocks]) + text.ljust(blocks * 16, b"\0") if len(piece) == interval else b"")
+    return (f"HTTP/1.0 200 OK\r\nContent-Type: audio/mpeg\r\nicy-br:128\r\nicy-metaint: {interval}\r\n\r\n".encode()
+            + body)
+
+
 @contextlib.contextmanager
 def scripted_server(answer, close=False):
     """A server that sends `answer` to whoever connects and then says no more, or closes. Yields its URL."""
