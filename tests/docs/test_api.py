@@ -47,8 +47,9 @@ def test_every_public_name_is_documented(tmp_path):
     assert undescribed(tmp_path / "xml") == set()
 
 
-def test_every_header_has_its_page(tmp_path):
+def test_the_guide_and_every_header_have_their_page(tmp_path):
     doxygen(tmp_path)
+    assert "<title>libmd-common-quorin: Using the library</title>" in (tmp_path / "html/index.html").read_text()
     pages = [header.name.replace("_", "__").replace(".", "_8") + ".html" for header in HEADERS]
     assert len(pages) >= 14
     assert [page for page in pages if not (tmp_path / "html" / page).exists()] == []
