@@ -9,8 +9,8 @@
 
 namespace zu::md::common::quorin {
 
-/// Content types by which results name what an item is, and some more that callers of the library share. They may be
-/// used by any thread, and once the static objects of the program are built.
+/// Content types by which results name what an item is, and some more that callers of the library share. They are
+/// built when the library is loaded, so constructors of static objects must not use them when it is linked statically.
 namespace MimeTypes {
 
 extern MD_API const std::string AudioDlnaAdts;           ///< "audio/aacp": AAC in ADTS framing (ISO/IEC 13818-7)
