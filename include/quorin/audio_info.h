@@ -43,16 +43,16 @@ class MD_API AudioInfo : public Info {
   /// @return 0, or -1 when not known
   int getSamplingFrequency(int& hertz) const;
 
-  /// Bitrate: of the whole item, of its first frame, or an estimate, whichever the format tells.
+  /// Bitrate: of the whole item, of its first frame, or an estimate, whichever the format tells; of FLAC that of one
+  /// channel, uncompressed.
   /// @param bitsPerSecond receives it, a multiple of 1000 as long as it fits 32 bits, else wrapped; 0 for MPEG audio in
   ///   free format. Whatever a live stream says of itself is told, negative numbers too.
   /// @return 0, or -1 when not known
   int getBitrate(int& bitsPerSecond) const;
 
   /// Playing time of the whole item.
-  /// @param duration receives it: whole seconds, of FLAC microseconds too; negative for an item that is shorter than
-  /// the
-  ///   tag before its audio claims to be
+  /// @param duration receives it: whole seconds, of FLAC microseconds too; negative when a tag claims to be
+  ///   longer than the item
   /// @return 0, or -1 when not known
   int getDuration(_obqOsalTime_struct& duration) const;
 
@@ -73,7 +73,7 @@ class MD_API AudioInfo : public Info {
 
   /// Size of the first frame.
   /// @param bytes receives it, header included
-  /// @return 0, or -1 for a format that has no frames
+  /// @return 0, or -1 when not known; MPEG audio and ADTS tell it
   int getFrameSize(int& bytes) const;
 
   /// The audio format.
