@@ -8,9 +8,10 @@ set(made "${PROJECT_BINARY_DIR}/debian")
 configure_file("${debian}/changelog.in" "${made}/changelog" @ONLY)
 execute_process(COMMAND gzip -9nkf "${made}/changelog" COMMAND_ERROR_IS_FATAL ANY)
 file(WRITE "${made}/triggers" "activate-noawait ldconfig\n")
-file(WRITE "${made}/shlibs"
-  "libmd-common-quorin ${QUORIN_SOVERSION} ${library_package} (>= ${PROJECT_VERSION})\n"
-  "libmd-platform-host ${QUORIN_SOVERSION} ${library_package} (>= ${PROJECT_VERSION})\n")
+file(WRITE "${made}/shlibs" "")
+foreach(library libmd-common-quorin libmd-platform-host libmd-platform-host-http libmd-platform-host-mounts)
+  file(APPEND "${made}/shlibs" "${library} ${QUORIN_SOVERSION} ${library_package} (>= ${PROJECT_VERSION})\n")
+endforeach()
 
 foreach(pair runtime:${library_package} dev:libmd-common-quorin-dev command:quorin)
   string(REPLACE ":" ";" pair ${pair})
