@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <vector>
@@ -14,6 +13,7 @@
 #include "item/item_run.h"
 #include "output/display_text.h"
 #include "output/json_output.h"
+#include "output/json_writer.h"
 #include "output/new_file.h"
 #include "output/output.h"
 #include "output/terminal.h"
@@ -61,7 +61,8 @@ class Copier {
   /// Tells the files that were written of the last item.
   /// @return whether the run may go on
   bool tell(const Record& record) const {
-    const std::string text = options_.json ? jsonLine(record, filesJson()) : names();
+    const auto more = [this](JsonWriter& json) { writeFiles(json); };
+    const std::string text = options_.json ? jsonLine(record, more) : names();
     return (text.empty() || writeData(text)) && !outputFailed_;
   }
 
@@ -121,15 +122,18 @@ class Copier {
     return lines;
   }
 
-  nlohmann::ordered_json filesJson() const {
-    nlohmann::ordered_json files = nlohmann::ordered_json::array();
-    for (const WrittenFile& file : written_) {
-      nlohmann::ordered_json entry;
-      addName(entry, "path", file.path);
-      entry.update({{"offset", file.picture.offset}, {"length", file.picture.length}, {"type", file.type}});
-      files.push_back(entry);
-    }
-    return {{"files", files}};
+  void writeFiles(JsonWriter& json) const {
+    json.name("files");
+    json.array([&] {
+      for (const WrittenFile& file : written_) {
+        json.object([&] {
+          json.fileName("path", file.path);
+          json.member("offset", file.picture.offset);
+          json.member("length", file.picture.length);
+          json.member("type", std::string_view(file.type));
+        });
+      }
+    });
   }
 
   const Options& options_;

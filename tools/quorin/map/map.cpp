@@ -2,7 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
-#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "item/item_run.h"
 #include "item/source_watch.h"
@@ -78,7 +78,7 @@ class Drawer {
     if (map.segments.empty()) {
       return;
     }
-    more_["map"] = mapJson(map);
+    map_ = map;
     if (options_.svgFile.empty()) {
       text_ = cardHead(record, terminal_) + mapText(map, terminal_);
     } else {
@@ -88,7 +88,8 @@ class Drawer {
 
   /// @return whether the run may go on
   bool tell(const Record& record) const {
-    const std::string text = options_.json ? jsonLine(record, more_) : text_;
+    const auto more = [this](JsonWriter& json) { writeMore(json); };
+    const std::string text = options_.json ? jsonLine(record, more) : text_;
     return (text.empty() || writeData(text)) && !outputFailed_;
   }
 
@@ -101,17 +102,33 @@ class Drawer {
       fail(record, cannotWrite(path, error));
     } else if (path != "-") {
       text_ = path + '\n';
-      nlohmann::ordered_json entry;
-      addName(entry, "path", path);
-      entry.update({{"length", svg.size()}, {"type", "svg"}});
-      more_["files"] = {entry};
+      svgLength_ = svg.size();
+    }
+  }
+
+  /// What a record tells of a map.
+  void writeMore(JsonWriter& json) const {
+    if (map_) {
+      json.name("map");
+      writeMap(json, *map_);
+    }
+    if (svgLength_) {
+      json.name("files");
+      json.array([&] {
+        json.object([&] {
+          json.fileName("path", options_.svgFile);
+          json.member("length", *svgLength_);
+          json.member("type", std::string_view("svg"));
+        });
+      });
     }
   }
 
   const Options& options_;
   const Terminal terminal_;
   std::string text_;
-  nlohmann::ordered_json more_ = nlohmann::ordered_json::object();  ///< what a record tells of a map
+  std::optional<ByteMap> map_;
+  std::optional<size_t> svgLength_;  ///< of the file that was written
   bool outputFailed_ = false;
 };
 

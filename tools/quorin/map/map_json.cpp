@@ -1,37 +1,44 @@
 #include "map/map_json.h"
 
-#include <nlohmann/json.hpp>
-
 #include "map/map_words.h"
 
 namespace quorin_command {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 const char* regionName(Content content) { return content == Content::Unknown ? "unknown" : nameOf(content).name; }
+
+void writeRegion(JsonWriter& json, const ByteMap& map, const Segment& segment) {
+  json.member("kind", std::string_view(regionName(segment.content)));
+  json.member("first", segment.place.begin);
+  if (!map.goesOn(segment)) {
+    json.member("last", segment.place.end - 1);
+  }
+}
 
 }  // namespace
 
-Json mapJson(const ByteMap& map) {
-  Json json = Json::object();
-  if (map.endsThere) {
-    json["size"] = map.end;
-  }
-  json["regions"] = Json::array();
-  for (const Segment& segment : map.segments) {
-    Json region = {{"kind", regionName(segment.content)}, {"first", segment.place.begin}};
-    if (!map.goesOn(segment)) {
-      region["last"] = segment.place.end - 1;
+void writeMap(JsonWriter& json, const ByteMap& map) {
+  json.object([&] {
+    if (map.endsThere) {
+      json.member("size", map.end);
     }
-    json["regions"].push_back(region);
-  }
-  json["read"] = Json::array();
-  for (const Span& span : map.read) {
-    json["read"].push_back({{"first", span.begin}, {"last", span.end - 1}});
-  }
-  return json;
+    json.name("regions");
+    json.array([&] {
+      for (const Segment& segment : map.segments) {
+        json.object([&] { writeRegion(json, map, segment); });
+      }
+    });
+    json.name("read");
+    json.array([&] {
+      for (const Span& span : map.read) {
+        json.object([&] {
+          json.member("first", span.begin);
+          json.member("last", span.end - 1);
+        });
+      }
+    });
+  });
 }
 
 }  // namespace quorin_command

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
-
 #include "map/byte_map.h"
+#include "output/json_writer.h"
 
 namespace quorin_command {
 
-/// A map as records tell it; names and meaning: docs/record.schema.json.
-nlohmann::ordered_json mapJson(const ByteMap& map);
+/// Writes a map as records tell it; names and meaning: docs/record.schema.json.
+void writeMap(JsonWriter& json, const ByteMap& map);
 
 }  // namespace quorin_command

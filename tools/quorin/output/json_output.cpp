@@ -1,65 +1,96 @@
 #include "output/json_output.h"
 
-#include <utf8.h>
-
-#include <nlohmann/json.hpp>
-#include <string_view>
-
 #include "item/media_names.h"
 #include "output/base64.h"
+#include "output/json_writer.h"
 
 namespace quorin_command {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-template <typename Value>
-void addKnown(Json& object, const char* name, const std::optional<Value>& value) {
-  if (value) {
-    object[name] = *value;
-  }
-}
-
-void addKnown(Json& object, const char* name, const std::string& text) {
+void writeKnown(JsonWriter& json, const char* name, const std::string& text) {
   if (!text.empty()) {
-    object[name] = text;
+    json.member(name, text);
   }
 }
 
-Json audioJson(const AudioRecord& audio) {
-  Json json = Json::object();
+template <typename Texts>
+void writeList(JsonWriter& json, const char* name, const Texts& texts) {
+  json.name(name);
+  json.array([&] {
+    for (const std::string& text : texts) {
+      json.value(text);
+    }
+  });
+}
+
+void writeAudio(JsonWriter& json, const AudioRecord& audio) {
   if (audio.mediaType && nameOf(*audio.mediaType).json != nullptr) {
-    json["media_type"] = nameOf(*audio.mediaType).json;
+    json.member("media_type", std::string_view(nameOf(*audio.mediaType).json));
   }
-  addKnown(json, "sample_rate", audio.sampleRate);
-  addKnown(json, "bit_rate", audio.bitRate);
-  addKnown(json, "channels", audio.channels);
+  json.known("sample_rate", audio.sampleRate);
+  json.known("bit_rate", audio.bitRate);
+  json.known("channels", audio.channels);
   if (audio.duration) {
-    json["duration"] = {{"seconds", audio.duration->seconds}, {"microseconds", audio.duration->microseconds}};
+    json.name("duration");
+    json.object([&] {
+      json.member("seconds", audio.duration->seconds);
+      json.member("microseconds", audio.duration->microseconds);
+    });
   }
-  addKnown(json, "frame_size", audio.frameSize);
-  addKnown(json, "data_start_offset", audio.dataStart);
-  addKnown(json, "time_calc_start_offset", audio.timeCalcStart);
-  addKnown(json, "data_end_offset", audio.dataEnd);
-  json["can_seek"] = audio.canSeek;
-  json["can_set_speed"] = audio.canSetSpeed;
-  json["can_pause"] = audio.canPause;
-  json["pictures"] = Json::array();
-  for (const library::EmbeddedPicture& picture : audio.pictures) {
-    json["pictures"].push_back({{"offset", picture.offset}, {"length", picture.length}});
-  }
-  return json;
+  json.known("frame_size", audio.frameSize);
+  json.known("data_start_offset", audio.dataStart);
+  json.known("time_calc_start_offset", audio.timeCalcStart);
+  json.known("data_end_offset", audio.dataEnd);
+  json.member("can_seek", audio.canSeek);
+  json.member("can_set_speed", audio.canSetSpeed);
+  json.member("can_pause", audio.canPause);
+  json.name("pictures");
+  json.array([&] {
+    for (const library::EmbeddedPicture& picture : audio.pictures) {
+      json.object([&] {
+        json.member("offset", picture.offset);
+        json.member("length", picture.length);
+      });
+    }
+  });
 }
 
-Json redirectJson(const RedirectRecord& redirect) {
-  Json json = Json::object();
-  addKnown(json, "content_type", redirect.contentType);
-  json["urls"] = redirect.urls;
-  return json;
+void writeRedirect(JsonWriter& json, const RedirectRecord& redirect) {
+  writeKnown(json, "content_type", redirect.contentType);
+  writeList(json, "urls", redirect.urls);
 }
 
-bool isUtf8(const std::string& text) { return utf8::is_valid(text.begin(), text.end()); }
+void writeFile(JsonWriter& json, const FileStamp& file) {
+  json.member("size", file.size);
+  json.name("mtime");
+  json.object([&] {
+    json.member("seconds", file.seconds);
+    json.member("nanoseconds", file.nanoseconds);
+  });
+}
+
+void writeError(JsonWriter& json, const ItemError& error) {
+  json.member("name", error.name);
+  json.member("message", error.message);
+}
+
+void writeCost(JsonWriter& json, const Record& record) {
+  json.member("bytes", record.cost.bytes);
+  json.member("reads", record.cost.reads);
+  json.member("requests", record.cost.requests);
+  json.member("elapsed_us", record.elapsedMicroseconds);
+}
+
+/// A member that is an object, if there is anything to write into it.
+template <typename Part>
+void writePart(JsonWriter& json, const char* name, const std::optional<Part>& part,
+               void (*write)(JsonWriter&, const Part&)) {
+  if (part) {
+    json.name(name);
+    json.object([&] { write(json, *part); });
+  }
+}
 
 }  // namespace
 
@@ -81,41 +112,31 @@ const char* kindName(Kind kind) {
 
 std::string uriInJson(const std::string& uri) { return isUtf8(uri) ? uri : base64(uri); }
 
-void addName(Json& object, const char* member, const std::string& name) {
-  object[isUtf8(name) ? member : "path_b64"] = uriInJson(name);
+std::string jsonLine(const Record& record) {
+  return jsonLine(record, [](JsonWriter&) {});
 }
 
-std::string jsonLine(const Record& record) { return jsonLine(record, Json::object()); }
-
-std::string jsonLine(const Record& record, const Json& more) {
-  Json json = {{"v", recordVersion}};
-  addName(json, "uri", record.uri);
-  json["kind"] = kindName(record.kind);
-  addKnown(json, "code", record.code);
-  addKnown(json, "mime_type", record.mimeType);
-  if (record.audio) {
-    json["audio"] = audioJson(*record.audio);
-  }
-  if (record.redirect) {
-    json["redirect"] = redirectJson(*record.redirect);
-  }
-  if (!record.via.empty()) {
-    json["via"] = record.via;
-  }
-  addKnown(json, "play_position", record.playPosition);
-  if (record.file) {
-    json["file"] = {{"size", record.file->size},
-                    {"mtime", {{"seconds", record.file->seconds}, {"nanoseconds", record.file->nanoseconds}}}};
-  }
-  if (record.error) {
-    json["error"] = {{"name", record.error->name}, {"message", record.error->message}};
-  }
-  json.update(more);
-  json["cost"] = {{"bytes", record.cost.bytes},
-                  {"reads", record.cost.reads},
-                  {"requests", record.cost.requests},
-                  {"elapsed_us", record.elapsedMicroseconds}};
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+std::string jsonLine(const Record& record, const std::function<void(JsonWriter& json)>& more) {
+  JsonWriter json;
+  json.object([&] {
+    json.member("v", recordVersion);
+    json.fileName("uri", record.uri);
+    json.member("kind", std::string_view(kindName(record.kind)));
+    json.known("code", record.code);
+    writeKnown(json, "mime_type", record.mimeType);
+    writePart(json, "audio", record.audio, writeAudio);
+    writePart(json, "redirect", record.redirect, writeRedirect);
+    if (!record.via.empty()) {
+      writeList(json, "via", record.via);
+    }
+    json.known("play_position", record.playPosition);
+    writePart(json, "file", record.file, writeFile);
+    writePart(json, "error", record.error, writeError);
+    more(json);
+    json.name("cost");
+    json.object([&] { writeCost(json, record); });
+  });
+  return json.text() + "\n";
 }
 
 }  // namespace quorin_command

@@ -1,11 +1,13 @@
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
+#include <functional>
 #include <string>
 
 #include "item/record.h"
 
 namespace quorin_command {
+
+class JsonWriter;
 
 /// Raised when a name of the record changes its meaning.
 constexpr int recordVersion = 1;
@@ -21,10 +23,7 @@ std::string uriInJson(const std::string& uri);
 std::string jsonLine(const Record& record);
 
 /// The same with members that a command adds.
-/// @param more an object
-std::string jsonLine(const Record& record, const nlohmann::ordered_json& more);
-
-/// Adds a name of the file system to an object: under `member` as it is, or as base64 under "path_b64".
-void addName(nlohmann::ordered_json& object, const char* member, const std::string& name);
+/// @param more writes them
+std::string jsonLine(const Record& record, const std::function<void(JsonWriter& json)>& more);
 
 }  // namespace quorin_command

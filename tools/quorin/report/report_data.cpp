@@ -3,10 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "output/display_text.h"
 #include "output/json_output.h"
+#include "output/json_writer.h"
 
 namespace quorin_command {
 
@@ -14,9 +14,10 @@ namespace {
 
 /// The text as a JSON string that may stand inside an HTML element: no "</script" and no "<!--" is in it.
 std::string quoted(const std::string& text) {
-  const std::string json = nlohmann::json(displayable(text, true)).dump();
+  JsonWriter json;
+  json.value(displayable(text, true));
   std::string harmless;
-  for (const char c : json) {
+  for (const char c : json.text()) {
     harmless += c == '<' ? "\\u003c" : std::string(1, c);
   }
   return harmless;
