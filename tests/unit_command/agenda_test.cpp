@@ -16,7 +16,9 @@ void add(Agenda& agenda, uint64_t number, const std::string& host) {
 std::vector<uint64_t> takeAll(Agenda& agenda) {
   std::vector<uint64_t> numbers;
   while (agenda.hasNext()) {
-    numbers.push_back(agenda.take().number);
+    for (const Job& job : agenda.take()) {
+      numbers.push_back(job.number);
+    }
   }
   return numbers;
 }
@@ -59,6 +61,19 @@ TEST(Agenda, NoMoreAreTakenThanThereMayBe) {
   EXPECT_EQ(takeAll(agenda), (std::vector<uint64_t>{1, 2}));
   agenda.release("");
   EXPECT_EQ(takeAll(agenda), (std::vector<uint64_t>{3}));
+}
+
+TEST(Agenda, LocalJobsAreTakenTogetherWhenManyWait) {
+  Agenda agenda(2);
+  for (uint64_t number = 0; number < 1000; ++number) {
+    add(agenda, number, "");
+  }
+  EXPECT_EQ(agenda.take().size(), Agenda::mostTogether);
+  agenda.release("");
+  while (agenda.hasNext() && agenda.take().size() > 1) {
+    agenda.release("");
+  }
+  EXPECT_TRUE(agenda.hasNext()) << "the last ones singly, so that every worker has some";
 }
 
 TEST(Agenda, WhenAllAreAtHostsOneMoreIsLocal) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <boost/make_shared.hpp>
+#include <future>
 #include <stdexcept>
 #include <system_error>
 
@@ -120,7 +121,7 @@ FoundItem item(const std::string& name) { return {name, std::nullopt, std::nullo
 FoundItem brokenItem(const std::string& name) { return {name, std::nullopt, ItemError{"io_error", "broken"}}; }
 
 ScanPool::Find findOf(std::vector<FoundItem> items) {
-  return [items = std::move(items), next = size_t{0}](FoundItem& found) mutable {
+  return [items = std::move(items), next = size_t{0}](FoundItem& found, const auto& /*beforeWaiting*/) mutable {
     const bool isThere = next < items.size();
     found = isThere ? items[next++] : FoundItem();
     return isThere;
@@ -215,14 +216,32 @@ TEST(ScanPool, WhatIsUnderWayIsBounded) {
   std::atomic<uint64_t> found{0};
   ScanPool pool(
       optionsOf(2),
-      [&found](FoundItem& next) {
+      [&found](FoundItem& next, const auto& /*beforeWaiting*/) {
         next = brokenItem("/x");
         return ++found <= 3 * ScanPool::mostUnderWay;
       },
       nameOf);
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
-  EXPECT_LE(found, ScanPool::mostUnderWay + 1);
+  EXPECT_LE(found, ScanPool::mostUnderWay + Agenda::mostTogether);
   EXPECT_EQ(textsOf(pool).size(), 3 * ScanPool::mostUnderWay);
+}
+
+TEST(ScanPool, WhatWasFoundIsLookedAtBeforeTheFinderWaits) {
+  std::promise<void> isDone;
+  ScanPool pool(
+      optionsOf(1),
+      [&, n = 0](FoundItem& found, const auto& beforeWaiting) mutable {
+        found = brokenItem("/x");
+        if (++n == 3) {
+          beforeWaiting();
+          EXPECT_EQ(isDone.get_future().wait_for(timeLimit), std::future_status::ready);
+        }
+        return n < 3;
+      },
+      nameOf);
+  EXPECT_EQ(textsOf(pool, 2).size(), 2U);
+  isDone.set_value();
+  EXPECT_EQ(textsOf(pool).size(), 0U);
 }
 
 TEST(ScanPool, AnExceptionOfAWorkerEndsTheScan) {
@@ -235,7 +254,7 @@ TEST(ScanPool, AnExceptionOfAWorkerEndsTheScan) {
 TEST(ScanPool, AnExceptionWhileItemsAreFoundEndsTheScan) {
   ScanPool pool(
       optionsOf(1),
-      [n = 0](FoundItem& found) mutable {
+      [n = 0](FoundItem& found, const auto& /*beforeWaiting*/) mutable {
         found = brokenItem("/x");
         return ++n < 100 ? true : throw std::bad_alloc();
       },

@@ -1,5 +1,7 @@
 #include "scan/agenda.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace quorin_command {
@@ -14,22 +16,26 @@ void Agenda::add(Job job) {
   update(host);
 }
 
-Job Agenda::take() {
+std::vector<Job> Agenda::take() {
+  std::vector<Job> jobs;
   if (!mayGoOut()) {
-    Job job = std::move(local_.front());
-    local_.pop_front();
+    // A share that leaves something for the other workers, so that all are done at the same time.
+    const size_t share = std::clamp<size_t>(local_.size() / (2 * most_), 1, mostTogether);
+    const auto end = local_.begin() + static_cast<std::ptrdiff_t>(share);
+    jobs.assign(std::make_move_iterator(local_.begin()), std::make_move_iterator(end));
+    local_.erase(local_.begin(), end);
     ++here_;
-    return job;
+    return jobs;
   }
   Host& host = *ready_.front();
   ready_.pop_front();
   host.isReady = false;
-  Job job = std::move(host.jobs.front());
+  jobs.push_back(std::move(host.jobs.front()));
   host.jobs.pop_front();
   ++host.taken;
   ++away_;
   update(host);
-  return job;
+  return jobs;
 }
 
 void Agenda::release(const std::string& host) {

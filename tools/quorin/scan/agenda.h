@@ -5,6 +5,7 @@
 #include <deque>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "item/record.h"
 
@@ -25,7 +26,10 @@ class Agenda {
   /// Jobs at one remote host at the same time, at most.
   static constexpr unsigned int mostPerHost = 4;
 
-  /// @param most jobs at a time; and one more, which is local, when all of them are at hosts
+  /// Local jobs that are taken at once, at most.
+  static constexpr size_t mostTogether = 32;
+
+  /// @param most workers that take jobs at a time; and one more, for local jobs, when all of them are at hosts
   explicit Agenda(size_t most) : most_(most) {}
 
   void add(Job job);
@@ -33,10 +37,11 @@ class Agenda {
   /// Whether there is a job that may be taken now.
   bool hasNext() const { return mayGoOut() || mayStay(); }
 
-  /// Takes the next job; there has to be one. Hosts come first, for they take longest, and take turns.
-  Job take();
+  /// Takes what one worker is to do next; there has to be something. Hosts come first, for they take longest, and take
+  /// turns. Of local jobs it is several at once when many wait, because handing one over takes as long as doing it.
+  std::vector<Job> take();
 
-  /// To be called when a job that was taken is done, or has nothing more to do with that host.
+  /// To be called when the jobs that were taken at once are done, or have nothing more to do with that host.
   void release(const std::string& host);
 
  private:
@@ -54,8 +59,8 @@ class Agenda {
   std::map<std::string, Host> hosts_;  ///< those that jobs wait for or were taken for
   std::deque<Host*> ready_;            ///< those of which a job can be taken
   const size_t most_;
-  size_t here_ = 0;  ///< local jobs that are taken
-  size_t away_ = 0;  ///< others that are
+  size_t here_ = 0;  ///< workers at local jobs
+  size_t away_ = 0;  ///< workers at hosts
 };
 
 }  // namespace quorin_command

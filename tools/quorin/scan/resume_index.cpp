@@ -74,7 +74,7 @@ bool ResumeIndex::add(const std::string& line) {
 }
 
 bool ResumeIndex::tells(const std::string& uri, const FileStamp& file) const {
-  return keys_.count(keyOf(uriInJson(uri), file)) != 0;
+  return !keys_.empty() && keys_.count(keyOf(uriInJson(uri), file)) != 0;
 }
 
 ResumeIndex::Key ResumeIndex::keyOf(const std::string& uri, const FileStamp& file) {

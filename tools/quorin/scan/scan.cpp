@@ -83,11 +83,13 @@ class Finder {
  public:
   Finder(const Options& options, const ResumeIndex& told)
       : items_(options.words, options.filesFrom, options.nulSeparated ? '\0' : '\n'),
-        walk_([this](std::string& name) { return items_.next(name); },
+        walk_([this](std::string& name) { return nextRoot(name); },
               options.ordered ? FileWalk::Order::ByName : FileWalk::Order::Any),
         told_(told) {}
 
-  bool operator()(FoundItem& item) {
+  /// @param beforeWaiting called before it waits for whoever writes the list of items
+  bool next(FoundItem& item, const std::function<void()>& beforeWaiting) {
+    beforeWaiting_ = &beforeWaiting;
     while (walk_.next(item)) {
       if (!item.file || !told_.tells(uriOf(item.name), *item.file)) {
         return true;
@@ -103,8 +105,16 @@ class Finder {
   int listError() const { return items_.error(); }
 
  private:
+  bool nextRoot(std::string& name) {
+    if (!items_.isAtHand()) {
+      (*beforeWaiting_)();
+    }
+    return items_.next(name);
+  }
+
   ItemList items_;
   FileWalk walk_;
+  const std::function<void()>* beforeWaiting_ = nullptr;  ///< while an item is looked for
   const ResumeIndex& told_;
   std::atomic<unsigned long long> unchanged_{0};
 };
@@ -127,8 +137,10 @@ class Scan {
     const auto asRow = [this](const Record& record) { return tableRow(record, terminal_); };
     const bool json = options_.json || terminal_.width == 0;
     const std::unique_ptr<Census> census = progress_.isShown() ? std::make_unique<Census>(options_) : nullptr;
-    ScanPool pool(
-        options_, [&finder](FoundItem& item) { return finder(item); }, json ? ScanPool::Format(asJson) : asRow);
+    const auto find = [&finder](FoundItem& item, const auto& beforeWaiting) {
+      return finder.next(item, beforeWaiting);
+    };
+    ScanPool pool(options_, find, json ? ScanPool::Format(asJson) : asRow);
     try {
       tellAll(pool, json ? std::string() : tableHead(terminal_), [&] { showProgress(census.get(), finder); });
     } catch (const std::bad_alloc&) {

@@ -84,17 +84,16 @@ void ScanPool::guarded(void (ScanPool::*duty)()) {
 }
 
 void ScanPool::findItems() {
-  for (FoundItem item; find_(item);) {
-    Job job = jobOf(item);
-    std::unique_lock<std::mutex> lock(mutex_);
-    roomMade_.wait(lock, [this] { return stopping_ || foundCount_ - takenCount_ < mostUnderWay; });
-    if (stopping_) {
-      break;
+  std::vector<Job> jobs;
+  bool goesOn = true;
+  const auto handIn = [&] { goesOn = takeIn(jobs); };
+  for (FoundItem item; goesOn && find_(item, handIn);) {
+    jobs.push_back(jobOf(item));
+    if (jobs.size() == Agenda::mostTogether) {
+      handIn();
     }
-    job.number = foundCount_++;
-    agenda_.add(std::move(job));
-    found_.notify_one();
   }
+  handIn();
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     allFound_ = true;
@@ -103,62 +102,106 @@ void ScanPool::findItems() {
   done_.notify_all();
 }
 
+/// Gives jobs to the workers, when there is room for them. @return false when the pool is stopping
+bool ScanPool::takeIn(std::vector<Job>& jobs) {
+  {
+    std::unique_lock<std::mutex> lock(mutex_);
+    roomMade_.wait(lock, [&] { return stopping_ || foundCount_ - takenCount_ + jobs.size() <= mostUnderWay; });
+    if (stopping_) {
+      return false;
+    }
+    for (Job& job : jobs) {
+      job.number = foundCount_++;
+      agenda_.add(std::move(job));
+    }
+  }
+  jobs.clear();
+  found_.notify_one();  // who wakes up wakes the next one, if there is enough to do
+  return true;
+}
+
 void ScanPool::work() {
   Analysis analysis(options_);
-  for (Job job; takeJob(job);) {
-    step(analysis, std::move(job));
+  for (std::vector<Job> jobs; takeJobs(jobs);) {
+    const std::string host = jobs.front().host;
+    std::vector<Done> done;
+    try {
+      doAll(analysis, jobs, done);
+    } catch (...) {
+      handOver(done);
+      throw;
+    }
+    handOver(done);
+    release(host, jobs);
   }
 }
 
-bool ScanPool::takeJob(Job& job) {
+/// Looks at each item, or at one step of the way to it. Where a redirect leads to another host, the job waits for that
+/// one like any other job: no worker waits with it, and none asks a host that has enough of them.
+/// @param jobs keeps those that are not done
+void ScanPool::doAll(Analysis& analysis, std::vector<Job>& jobs, std::vector<Done>& done) {
+  std::vector<Job> further;
+  auto lastHandedOver = std::chrono::steady_clock::now();
+  for (Job& job : jobs) {
+    const bool goesOn = analysis.step(job.record);
+    analysis.close();
+    if (goesOn) {
+      job.host = hostOf(job.record.uri);
+      further.push_back(std::move(job));
+      continue;
+    }
+    std::string text = format_(job.record);
+    done.push_back({job.number, {std::move(job.record), std::move(text)}});
+    if (const auto now = std::chrono::steady_clock::now(); now - lastHandedOver > mostHeldBack) {
+      handOver(done);
+      lastHandedOver = now;
+    }
+  }
+  jobs = std::move(further);
+}
+
+bool ScanPool::takeJobs(std::vector<Job>& jobs) {
   std::unique_lock<std::mutex> lock(mutex_);
   const auto allDone = [this] { return allFound_ && doneCount_ == foundCount_; };
   found_.wait(lock, [&] { return stopping_ || agenda_.hasNext() || allDone(); });
   if (stopping_ || !agenda_.hasNext()) {
     return false;
   }
-  job = agenda_.take();
+  jobs = agenda_.take();
   if (agenda_.hasNext()) {
     found_.notify_one();
   }
   return true;
 }
 
-/// Looks at one item, or at one step of the way to it. Where a redirect leads to another host, the job waits for that
-/// one like any other job: no worker waits with it, and none asks a host that has enough of them.
-void ScanPool::step(Analysis& analysis, Job job) {
-  const bool goesOn = analysis.step(job.record);
-  analysis.close();
-  if (goesOn) {
-    putBack(std::move(job));
-  } else {
-    std::string text = format_(job.record);
-    finish(std::move(job), std::move(text));
+void ScanPool::handOver(std::vector<Done>& done) {
+  if (done.empty()) {
+    return;
   }
-}
-
-void ScanPool::putBack(Job job) {
-  const std::string before = std::exchange(job.host, hostOf(job.record.uri));
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    agenda_.release(before);
-    agenda_.add(std::move(job));  // whoever calls takes what may be taken now
+    for (Done& item : done) {
+      results_.emplace(item.number, std::move(item.result));
+    }
+    doneCount_ += done.size();
   }
+  done.clear();
+  done_.notify_one();
 }
 
-void ScanPool::finish(Job job, std::string text) {
+void ScanPool::release(const std::string& host, std::vector<Job>& further) {
   bool allDone = false;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    agenda_.release(job.host);
-    results_.emplace(job.number, Result{std::move(job.record), std::move(text)});
-    ++doneCount_;
+    agenda_.release(host);
+    for (Job& job : further) {
+      agenda_.add(std::move(job));  // whoever calls takes what may be taken now
+    }
     allDone = allFound_ && doneCount_ == foundCount_;
   }
   if (allDone) {
-    found_.notify_all();  // else whoever calls takes what may be taken now
+    found_.notify_all();
   }
-  done_.notify_one();
 }
 
 bool ScanPool::take(std::vector<Result>& results, std::chrono::milliseconds patience) {

@@ -32,14 +32,15 @@ class ScanPool {
     std::string text;  ///< as `format` made it
   };
 
-  using Find = std::function<bool(FoundItem&)>;
+  /// Gives the next item; false at the end. Calls `beforeWaiting` before it may have to wait for whoever names the
+  /// items, so that what it has given is looked at meanwhile. Called by one thread of the pool.
+  using Find = std::function<bool(FoundItem&, const std::function<void()>& beforeWaiting)>;
   using Format = std::function<std::string(const Record&)>;
   using StartThread = std::function<std::thread(std::function<void()>)>;
 
   /// There is one worker more than the options ask for: while all others wait for servers, it does what is local.
   /// Where fewer threads can be had than the options ask for, those do the work that there are. Throws when there
   /// cannot be a single worker.
-  /// @param find gives the next item; false at the end. Called by one thread of the pool.
   /// @param format makes of a record what is to be written; called by the workers
   ScanPool(const Options& options, Find find, Format format, const StartThread& startThread = startInBackground);
 
@@ -55,15 +56,24 @@ class ScanPool {
   bool take(std::vector<Result>& results, std::chrono::milliseconds patience);
 
  private:
+  /// How long a worker holds results back to hand over several at once.
+  static constexpr std::chrono::milliseconds mostHeldBack{5};
+
+  struct Done {
+    uint64_t number;
+    Result result;
+  };
+
   void start(const StartThread& startThread);
   void stop();
   void guarded(void (ScanPool::*duty)());
   void findItems();
+  bool takeIn(std::vector<Job>& jobs);
   void work();
-  bool takeJob(Job& job);
-  void step(Analysis& analysis, Job job);
-  void putBack(Job job);
-  void finish(Job job, std::string text);
+  bool takeJobs(std::vector<Job>& jobs);
+  void doAll(Analysis& analysis, std::vector<Job>& jobs, std::vector<Done>& done);
+  void handOver(std::vector<Done>& done);
+  void release(const std::string& host, std::vector<Job>& further);
 
   const Options& options_;
   const Find find_;
