@@ -1,0 +1,31 @@
+// one_by_one LIST: analyses every file of the library once, for a tracer to watch. A call that cannot succeed stands
+// before each file and tells its number.
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+
+#include "readers.h"
+
+int main(int count, char** arguments) {
+  using namespace quorin_bench;
+  if (count != 2) {
+    std::fprintf(stderr, "usage: one_by_one LIST\n");
+    return 2;
+  }
+  try {
+    const auto reader = oursReader().make();
+    const std::vector<Item> items = readList(arguments[1]);
+    reader->read(items.front().path);  // what only the first analysis of a process does, is not of interest
+    for (size_t number = 0; number < items.size(); ++number) {
+      ::access(("/next/" + std::to_string(number)).c_str(), F_OK);
+      reader->read(items[number].path);
+    }
+    ::access("/next/end", F_OK);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "one_by_one: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}
