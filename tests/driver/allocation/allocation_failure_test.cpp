@@ -1,51 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
-#include <cstdlib>
 #include <new>
 
+#include "counted_allocation.h"
 #include "framework/status.h"
 #include "obq/debug.h"
 #include "quorin/analyzer.h"
 #include "support/describe.h"
 #include "support/id3_bytes.h"
 #include "support/mpeg_bytes.h"
-
-namespace {
-
-constexpr int never = -1;
-
-/// Allocations of this thread that still succeed; `never` when none fails.
-thread_local int allocationsLeft = never;
-
-void* allocate(std::size_t size) {
-  if (allocationsLeft == 0) {
-    return nullptr;
-  }
-  if (allocationsLeft != never) {
-    --allocationsLeft;
-  }
-  return std::malloc(size == 0 ? 1 : size);
-}
-
-void* allocateOrThrow(std::size_t size) {
-  void* const memory = allocate(size);
-  if (memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  return memory;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocateOrThrow(size); }
-void* operator new[](std::size_t size) { return allocateOrThrow(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace zu::md::common::quorin {
 namespace {

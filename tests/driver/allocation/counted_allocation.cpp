@@ -1,0 +1,42 @@
+#include "counted_allocation.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace quorin_test {
+
+thread_local int allocationsLeft = never;
+thread_local unsigned long allocations = 0;
+
+namespace {
+
+void* allocate(std::size_t size) {
+  if (allocationsLeft == 0) {
+    return nullptr;
+  }
+  if (allocationsLeft != never) {
+    --allocationsLeft;
+  }
+  ++allocations;
+  return std::malloc(size == 0 ? 1 : size);
+}
+
+void* allocateOrThrow(std::size_t size) {
+  void* const memory = allocate(size);
+  if (memory == nullptr) {
+    throw std::bad_alloc();
+  }
+  return memory;
+}
+
+}  // namespace
+}  // namespace quorin_test
+
+void* operator new(std::size_t size) { return quorin_test::allocateOrThrow(size); }
+void* operator new[](std::size_t size) { return quorin_test::allocateOrThrow(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return quorin_test::allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return quorin_test::allocate(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
