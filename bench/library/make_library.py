@@ -54,11 +54,12 @@ def lame(*options):
 
 
 def flac(*options):
-    return lambda wav, out: run("flac", "--silent", "--force", "-T", f"TITLE={TITLE.decode()}", *options, "-o", out, wav)
+    title = f"TITLE={TITLE.decode()}"
+    return lambda wav, out: run("flac", "--silent", "--force", "-T", title, *options, "-o", out, wav)
 
 
 def adts(wav, out):
-    run("ffmpeg", "-loglevel", "error", "-y", "-i", wav, "-c:a", "aac", "-b:a", "96k", out)
+    run("ffmpeg", "-loglevel", "error", "-y", "-i", wav, "-c:a", "aac", "-b:a", "128k", out)
 
 
 def unrecognised(wav, out):

@@ -2,12 +2,16 @@
 // whatever else the machine does meets all alike. Prints the medians per variant, ratios first, and writes JSON.
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <exception>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <numeric>
 #include <thread>
+#include <utility>
 
 #include "readers.h"
 
@@ -24,6 +28,14 @@ constexpr double longTime = 500;        // microseconds
 constexpr double veryLongTime = 20000;  // microseconds
 
 double microseconds(Clock::duration time) { return std::chrono::duration<double, std::micro>(time).count(); }
+
+/// What this thread has computed so far, in microseconds. Unlike the clock on the wall it does not care who else wants
+/// the cores.
+double ownTime() {
+  timespec time = {};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
+}
 
 double median(std::vector<double> values) {
   if (values.empty()) {
@@ -45,6 +57,8 @@ struct Contender {
   std::map<std::string, double> expected;            ///< variant -> median of the sample, in microseconds
   std::vector<double> rates;                         ///< files of the library per second, one for each round
   std::vector<double> ratesOfTwo;                    ///< the same with two threads
+  std::vector<double> perOwnTime;       ///< files of all per second that the thread computed, one for each round
+  std::vector<double> perOwnTimeOfTwo;  ///< the same of two threads, together
 };
 
 std::vector<Contender> contenders(const std::string& calls) {
@@ -113,9 +127,8 @@ void timeSample(Contender& who, const std::vector<Numbered>& items) {
   }
 }
 
-void timeAll(Contender& who, const std::vector<Numbered>& items) {
-  double time = 0;
-  double files = 0;
+/// @return whether it has read the whole library
+bool timeAll(Contender& who, const std::vector<Numbered>& items) {
   bool whole = true;
   for (const auto& [item, number] : items) {
     const double expected = who.expected[item.variant];
@@ -124,42 +137,53 @@ void timeAll(Contender& who, const std::vector<Numbered>& items) {
       continue;
     }
     bool recognised = false;
-    const double one = timeOne(who, item.path, recognised);
-    who.times[item.variant].push_back(one);
-    if (item.part == "library") {
-      time += one;
-      ++files;
-    }
+    who.times[item.variant].push_back(timeOne(who, item.path, recognised));
   }
-  if (whole) {
-    who.rates.push_back(files * 1e6 / time);
-  }
+  return whole;
 }
 
-/// The library by two threads, each with half of the files of every variant.
-void timeTwo(Contender& who, const std::vector<Item>& items) {
-  std::vector<std::vector<std::string>> halves(2);
-  for (size_t number = 0; number < items.size(); ++number) {
-    if (items[number].part == "library") {
-      halves[number % 2].push_back(items[number].path);
+/// The library by `count` threads at once, each with its share of the files of every variant.
+/// @param perOwnTime receives the files per second that the threads would manage with a core each
+/// @return files per second
+double timeThreads(const ReaderKind& kind, const std::vector<Item>& items, size_t count, double& perOwnTime) {
+  std::vector<std::vector<std::string>> shares(count);
+  size_t files = 0;
+  for (const Item& item : items) {
+    if (item.part == "library") {
+      shares[files++ % count].push_back(item.path);
     }
   }
-  // Several times over, so that starting a thread does not count.
-  constexpr int times = 4;
-  const auto work = [&who](const std::vector<std::string>& paths) {
-    const auto reader = who.kind.make();
-    for (int again = 0; again < times; ++again) {
-      for (const std::string& path : paths) {
+  constexpr size_t times = 4;  // several times over, so that starting a thread does not count
+  std::vector<double> rates(count);
+  const auto work = [&](size_t number) {
+    const auto reader = kind.make();
+    const double begin = ownTime();
+    for (size_t again = 0; again < times; ++again) {
+      for (const std::string& path : shares[number]) {
         reader->read(path);
       }
     }
+    rates[number] = static_cast<double>(times * shares[number].size()) * 1e6 / (ownTime() - begin);
   };
   const auto begin = Clock::now();
-  std::thread other(work, std::cref(halves[1]));
-  work(halves[0]);
-  other.join();
-  const double files = times * static_cast<double>(halves[0].size() + halves[1].size());
-  who.ratesOfTwo.push_back(files * 1e6 / microseconds(Clock::now() - begin));
+  std::vector<std::thread> others;
+  for (size_t number = 1; number < count; ++number) {
+    others.emplace_back(work, number);
+  }
+  work(0);
+  for (std::thread& other : others) {
+    other.join();
+  }
+  perOwnTime = std::accumulate(rates.begin(), rates.end(), 0.0);
+  return static_cast<double>(times * files) * 1e6 / microseconds(Clock::now() - begin);
+}
+
+void timeOneAndTwo(Contender& who, const std::vector<Item>& items) {
+  double perOwnTime = 0;
+  who.rates.push_back(timeThreads(who.kind, items, 1, perOwnTime));
+  who.perOwnTime.push_back(perOwnTime);
+  who.ratesOfTwo.push_back(timeThreads(who.kind, items, 2, perOwnTime));
+  who.perOwnTimeOfTwo.push_back(perOwnTime);
 }
 
 json toJson(const std::vector<Contender>& all) {
@@ -170,34 +194,41 @@ json toJson(const std::vector<Contender>& all) {
       variants[variant][who.kind.name] = {{"us", median(times)}, {"recognised", who.recognises.at(variant)}};
     }
     if (!who.rates.empty()) {
-      rates[who.kind.name] = {{"one", median(who.rates)}, {"two", median(who.ratesOfTwo)}};
+      rates[who.kind.name] = {{"one", median(who.rates)},
+                              {"two", median(who.ratesOfTwo)},
+                              {"own_one", median(who.perOwnTime)},
+                              {"own_two", median(who.perOwnTimeOfTwo)}};
     }
   }
   return {{"variants", variants}, {"files_per_second", rates}};
 }
 
 void print(const json& figures) {
-  std::printf("%-17s %10s %10s   microseconds; ( ) not recognised\n", "variant", "ours/floor", "peer/ours");
+  std::printf("%-17s %10s %10s   microseconds; in brackets: did not recognise it\n", "variant", "ours/floor",
+              "peer/ours");
   for (const auto& [variant, readers] : figures["variants"].items()) {
-    const double ours = readers["ours"]["us"];
+    const json& ours = readers["ours"];
     double best = 0;
     std::string line;
     for (const auto& [name, reader] : readers.items()) {
       const double time = reader["us"];
       const bool peer = name != "ours" && name != "floor";
-      if (peer && reader["recognised"] == readers["ours"]["recognised"] && (best == 0 || time < best)) {
+      if (peer && reader["recognised"] == ours["recognised"] && (best == 0 || time < best)) {
         best = time;
       }
-      char text[100];
-      std::snprintf(text, sizeof text, reader["recognised"] || !peer ? " %s %.1f" : " %s (%.1f)", name.c_str(), time);
-      line += text;
+      std::array<char, 100> text;
+      std::snprintf(text.data(), text.size(), peer && !reader["recognised"] ? "  %s (%.1f)" : "  %s %.1f", name.c_str(),
+                    time);
+      line += text.data();
     }
-    std::printf("%-17s %10.2f %10.2f  %s\n", variant.c_str(), ours / readers["floor"]["us"].get<double>(), best / ours,
+    const double time = ours["us"];
+    std::printf("%-17s %10.2f %10.2f %s\n", variant.c_str(), time / readers["floor"]["us"].get<double>(), best / time,
                 line.c_str());
   }
   for (const auto& [name, rate] : figures["files_per_second"].items()) {
-    std::printf("%-17s %9.0f files/s, two threads %9.0f\n", name.c_str(), rate["one"].get<double>(),
-                rate["two"].get<double>());
+    std::printf("%-17s %8.0f files/s, with two threads %8.0f; per second of computing %8.0f and %8.0f\n", name.c_str(),
+                rate["one"].get<double>(), rate["two"].get<double>(), rate["own_one"].get<double>(),
+                rate["own_two"].get<double>());
   }
 }
 
@@ -210,11 +241,8 @@ void run(const std::string& list, const std::string& calls, const std::string& o
   }
   for (int round = 0; round < rounds; ++round) {
     for (Contender& who : readers) {
-      timeAll(who, all);
-    }
-    for (Contender& who : readers) {
-      if (!who.rates.empty()) {
-        timeTwo(who, items);
+      if (timeAll(who, all)) {
+        timeOneAndTwo(who, items);
       }
     }
   }

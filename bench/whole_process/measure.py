@@ -1,0 +1,93 @@
+#!/usr/bin/python3
+"""measure.py LIST BARE QUORIN OUTPUT: whole processes, as a shell would start them, into OUTPUT (JSON).
+
+One file: quorin against a program that does the same I/O and nothing else, mediainfo and ffprobe. Each is run in turns,
+so that whatever else the machine does meets all alike. Then 2,000 files: `quorin scan` against mediainfo, exiftool and
+ffprobe, each run in the best way there is on two cores.
+"""
+
+import json
+import os
+import pathlib
+import shlex
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+ROUNDS = 10
+RUNS = 20
+QUANTILE = 10  # of a hundred: a process this short is over before the scheduler is fair to it
+SCAN_ROUNDS = 5
+FFPROBE_FILES = 100  # of the library; it starts a process for each
+
+
+def hyperfine(commands, runs):
+    """Command -> times in seconds."""
+    with tempfile.NamedTemporaryFile() as report:
+        subprocess.run(["hyperfine", "-N", "--style", "none", "--ignore-failure", "--warmup", "2", "--runs", str(runs),
+                        "--export-json", report.name, *commands], check=True, stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL, timeout=600)
+        return {result["command"]: result["times"] for result in json.load(report)["results"]}
+
+
+def peak_kilobytes(command):
+    """GNU time measures it: a process started from here would begin with the memory of this one."""
+    words = ["/usr/bin/time", "-f", "%M", *shlex.split(command)]
+    return int(subprocess.run(words, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+                              timeout=60).stderr.splitlines()[-1])
+
+
+def one_file(path, bare, quorin):
+    commands = {"bare": f"{bare} {path}", "quorin": f"{quorin} {path}", "mediainfo": f"mediainfo {path}",
+                "ffprobe": f"ffprobe -v error -show_format -show_streams {path}"}
+    names = {command: name for name, command in commands.items()}
+    times = {name: [] for name in commands}
+    for _ in range(ROUNDS):
+        for command, some in hyperfine(list(commands.values()), RUNS).items():
+            times[names[command]] += some
+    return {name: {"ms": 1000 * statistics.quantiles(times[name], n=100)[QUANTILE - 1],
+                   "peak_kb": statistics.median(peak_kilobytes(commands[name]) for _ in range(5))}
+            for name in commands}
+
+
+def scans(paths, quorin, folder):
+    """Files per second."""
+    everything = folder / "all"
+    everything.write_text("\n".join(paths))
+    few = folder / "few"
+    few.write_text("\n".join(paths[:: len(paths) // FFPROBE_FILES]))
+    halves = folder / "half0", folder / "half1"
+    for number, half in enumerate(halves):
+        half.write_text("\n".join(paths[number::2]))
+    library = os.path.commonpath(paths)
+    commands = {
+        # name: command, files
+        "quorin": (f"{quorin} scan -j 2 {library}", len(paths)),
+        "mediainfo": (f"xargs -a {everything} -P 2 -n {(len(paths) + 1) // 2} mediainfo", len(paths)),
+        "exiftool": (f"sh -c 'exiftool -fast2 -@ {halves[0]} & exiftool -fast2 -@ {halves[1]}; wait'", len(paths)),
+        "ffprobe": (f"xargs -a {few} -P 2 -n 1 ffprobe -v error -show_format -show_streams",
+                    len(few.read_text().split("\n"))),
+    }
+    rates = {name: [] for name in commands}
+    for _ in range(SCAN_ROUNDS):
+        for name, (command, files) in commands.items():
+            begin = time.monotonic()
+            subprocess.run(shlex.split(command), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=600)
+            rates[name].append(files / (time.monotonic() - begin))
+    return {name: statistics.median(some) for name, some in rates.items()}
+
+
+def main():
+    listed, bare, quorin, output = sys.argv[1:]
+    items = [line.rstrip("\n").split("\t") for line in open(listed)]
+    library = [path for _, part, path in items if part == "library"]
+    with tempfile.TemporaryDirectory() as folder:
+        figures = {"one_file": one_file(library[0], bare, quorin), "scan": scans(library, quorin, pathlib.Path(folder))}
+    pathlib.Path(output).write_text(json.dumps(figures, indent=1))
+    print(json.dumps(figures, indent=1))
+
+
+if __name__ == "__main__":
+    main()
