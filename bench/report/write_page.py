@@ -8,6 +8,7 @@ import platform
 import re
 import subprocess
 import sys
+import textwrap
 
 import matplotlib
 
@@ -27,6 +28,10 @@ def table(header, rows):
     """Markdown; all columns but the first are numbers."""
     lines = [header, ["---"] + ["---:"] * (len(header) - 1), *rows]
     return "\n".join("| " + " | ".join(str(cell) for cell in line) + " |" for line in lines) + "\n"
+
+
+def wrapped(text):
+    return "\n".join(textwrap.wrap(text, 120, break_on_hyphens=False))
 
 
 def number(value, digits=1):
@@ -205,7 +210,7 @@ def page(figures):
     return f"""# How fast it is
 
 Written by `bench/run.sh`, which makes the library of music files, measures and writes this page.
-Measured on {conditions["date"]}: {machine()}; load average before it began: {conditions["load"]}.
+{wrapped(f"Measured on {conditions['date']}: {machine()}; load average before it began: {conditions['load']}.")}
 
 Everything is measured against something else of the same run, and ratios come first; the bare times belong to the
 machine. Files are warm. A variant stands for files of real encoders: `cover-20k` and `cover-1.5m` tell the size of the
@@ -216,7 +221,9 @@ picture in the file, `5m`, `5g` and `1g` the length of a file that is mostly a h
 The **floor** is the system calls that an analysis makes on the file, with nothing else: the attempt to open it as a
 folder, open, fstat, the same reads, close. That is what this machine takes whatever the program does. All readers take
 turns in one process, over the whole library, {conditions["rounds"]} times; the figures are medians.
-A peer counts as the fastest only where it recognises the file as ours does. Peers: {peers()}.
+A peer counts as the fastest only where it recognises the file as ours does.
+
+{wrapped(f"Peers: {peers()}.")}
 
 {one_file(figures)}
 ![times of the floor](performance/floor.svg)
