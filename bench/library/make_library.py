@@ -10,9 +10,11 @@ A library that is already there stays.
 
 import pathlib
 import random
+import shutil
 import struct
 import subprocess
 import sys
+import tempfile
 
 # Of each variant, how many files. Big covers are rare in a music library, and make most of its bytes.
 COUNTS = {
@@ -25,7 +27,8 @@ COUNTS = {
     "flac": 250,
     "flac-cover-1.5m": 40,
     "wav": 220,
-    "unrecognised": 100,
+    "unrecognised-txt": 50,
+    "unrecognised-jpg": 50,
 }
 ENCODED = 6  # of each variant; the rest are copies
 LARGE_COUNT = 20
@@ -62,9 +65,14 @@ def adts(wav, out):
     run("ffmpeg", "-loglevel", "error", "-y", "-i", wav, "-c:a", "aac", "-b:a", "128k", out)
 
 
-def unrecognised(wav, out):
+def text(wav, out):
     """Text of sound: every byte below 0x80."""
     out.write_bytes(bytes(byte & 0x7F for byte in wav.read_bytes()[44:44 + 100000]))
+
+
+def jpeg(picture):
+    """What lies beside the music in a folder, and holds 0xff here and there as MPEG audio does."""
+    return lambda wav, out: run("ffmpeg", "-loglevel", "error", "-y", "-i", picture, "-q:v", 2, out)
 
 
 def encoders(scratch):
@@ -84,7 +92,8 @@ def encoders(scratch):
         "flac": (flac(), "flac"),
         "flac-cover-1.5m": (flac(f"--picture={large}"), "flac"),
         "wav": (lambda wav, out: out.write_bytes(wav.read_bytes()), "wav"),
-        "unrecognised": (unrecognised, "txt"),
+        "unrecognised-txt": (text, "txt"),
+        "unrecognised-jpg": (jpeg(large), "jpg"),
     }
 
 
@@ -105,10 +114,10 @@ def make_large(folder, scratch):
             path = folder / f"{name}-{number:02}.wav"
             sparse(path, header, size)
             yield name, "large", path
-    text = (scratch / "unrecognised-0.txt").read_bytes()
+    head = (scratch / "unrecognised-txt-0.txt").read_bytes()
     for number in range(LARGE_COUNT):
         path = folder / f"unrecognised-1g-{number:02}.txt"
-        sparse(path, text, 1 << 30)
+        sparse(path, head, 1 << 30)
         yield "unrecognised-1g", "large", path
 
 
@@ -132,9 +141,11 @@ def main():
     folder = pathlib.Path(sys.argv[1]).resolve()
     if (folder / "list.txt").exists():
         return
-    scratch = folder / "scratch"
-    scratch.mkdir(parents=True)
-    items = [*make_library(folder / "files", scratch), *make_large(folder / "large", scratch)]
+    for name in ("files", "large"):  # of a run that was broken off
+        shutil.rmtree(folder / name, ignore_errors=True)
+    with tempfile.TemporaryDirectory() as scratch:
+        items = [*make_library(folder / "files", pathlib.Path(scratch)),
+                 *make_large(folder / "large", pathlib.Path(scratch))]
     (folder / "list.txt").write_text("".join(f"{variant}\t{part}\t{path}\n" for variant, part, path in items))
 
 
