@@ -136,7 +136,11 @@ std::string jsonLine(const Record& record, const std::function<void(JsonWriter& 
     json.name("cost");
     json.object([&] { writeCost(json, record); });
   });
-  return json.text() + "\n";
+  std::string line;
+  line.reserve(json.text().size() + 1);
+  line += json.text();
+  line += '\n';
+  return line;
 }
 
 }  // namespace quorin_command

@@ -8,24 +8,32 @@
 
 namespace quorin_command {
 
-bool isUtf8(std::string_view text) { return utf8::is_valid(text.begin(), text.end()); }
+bool isUtf8(std::string_view text) {
+  unsigned char bits = 0;
+  for (const char c : text) {
+    bits |= static_cast<unsigned char>(c);  // without a way out: the compiler takes many bytes at a time
+  }
+  return bits < 0x80 || utf8::is_valid(text.begin(), text.end());
+}
 
 void JsonWriter::value(std::string_view text) {
   if (isUtf8(text)) {
-    writer_.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+    write(text);
     return;
   }
   std::string readable;
   utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(readable));
-  writer_.String(readable.data(), static_cast<rapidjson::SizeType>(readable.size()));
+  write(readable);
 }
 
 void JsonWriter::fileName(std::string_view called, const std::string& name) {
-  if (isUtf8(name)) {
-    member(called, std::string_view(name));
-  } else {
-    member("path_b64", std::string_view(base64(name)));
-  }
+  const bool isText = isUtf8(name);
+  this->name(isText ? called : "path_b64");
+  write(isText ? name : base64(name));
+}
+
+void JsonWriter::write(std::string_view text) {
+  writer_.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 
 }  // namespace quorin_command

@@ -72,10 +72,16 @@ class JsonWriter {
   void fileName(std::string_view called, const std::string& name);
 
   /// What was written so far.
-  std::string text() const { return {buffer_.GetString(), buffer_.GetSize()}; }
+  std::string_view text() const { return {buffer_.GetString(), buffer_.GetSize()}; }
 
  private:
-  rapidjson::StringBuffer buffer_;
+  /// More than most records take.
+  static constexpr size_t firstCapacity = 1024;
+
+  /// @param text UTF-8
+  void write(std::string_view text);
+
+  rapidjson::StringBuffer buffer_{nullptr, firstCapacity};
   rapidjson::Writer<rapidjson::StringBuffer> writer_{buffer_};
 };
 
