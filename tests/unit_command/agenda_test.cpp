@@ -35,7 +35,7 @@ TEST(Agenda, NoHostGetsMoreThanFour) {
 
 TEST(Agenda, HostsTakeTurns) {
   Agenda agenda(100);
-  for (const uint64_t number : {1, 2, 3}) {
+  for (const uint64_t number : {1U, 2U, 3U}) {
     add(agenda, number, "a");
   }
   add(agenda, 4, "b");
@@ -55,7 +55,7 @@ TEST(Agenda, WhatIsLocalWaitsForNoHost) {
 
 TEST(Agenda, NoMoreAreTakenThanThereMayBe) {
   Agenda agenda(2);
-  for (const uint64_t number : {1, 2, 3}) {
+  for (const uint64_t number : {1U, 2U, 3U}) {
     add(agenda, number, "");
   }
   EXPECT_EQ(takeAll(agenda), (std::vector<uint64_t>{1, 2}));
@@ -78,7 +78,7 @@ TEST(Agenda, LocalJobsAreTakenTogetherWhenManyWait) {
 
 TEST(Agenda, WhenAllAreAtHostsOneMoreIsLocal) {
   Agenda agenda(2);
-  for (const uint64_t number : {1, 2, 3}) {
+  for (const uint64_t number : {1U, 2U, 3U}) {
     add(agenda, number, "slow");
     add(agenda, number + 10, "");
   }
