@@ -34,16 +34,17 @@ set(CPACK_COMPONENTS_ALL runtime dev command)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # would be the first line of each
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "media analysis library - shared libraries
- Finds out what is behind a URI: a redirect, a playlist, a folder, or an audio
- stream, described exact to the byte, from a few kilobytes of it.")
+Finds out what is behind a URI: a redirect, a playlist, a folder, or an audio
+stream, described exact to the byte, from a few kilobytes of it.")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "media analysis library - development files
- Headers, CMake package and pkg-config flags to build programs with
- ${library_package}.")
+Headers, CMake package and pkg-config flags to build programs with
+${library_package}.")
 set(CPACK_COMPONENT_COMMAND_DESCRIPTION "tells what media files and streams are
- Analyses files, web addresses and live streams, whole collections as well;
- copies embedded pictures, maps what lies where, plays streams, and makes
- reports.")
+Analyses files, web addresses and live streams, whole collections as well;
+copies embedded pictures, maps what lies where, plays streams, and makes
+reports.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION sound)
@@ -56,10 +57,12 @@ if(CMAKE_CROSSCOMPILING)
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
   set(cxx "libc6 (>= 2.36), libgcc-s1 (>= 3.5), libstdc++6 (>= 12)")
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${cxx}, libcurl4 (>= 7.88), libmount1 (>= 2.38)")
-  string(APPEND CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS ", ${cxx}, libfmt9 (>= 9.1.0)")
+  string(APPEND CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS ", ${cxx}, libcurl4 (>= 7.88), libfmt9 (>= 9.1.0)")
 else()
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_COMMAND_PACKAGE_SHLIBDEPS ON)
+  # libcurl is looked up while the program runs, which dpkg-shlibdeps cannot see.
+  string(APPEND CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS ", libcurl4 (>= 7.88)")
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 endif()
 include(CPack)

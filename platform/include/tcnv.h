@@ -6,6 +6,7 @@
 /// All functions write at most `destLength` bytes with the terminating NUL included, always terminate, never
 /// split a UTF-8 sequence at the end of the destination, and stop at a NUL in the source. They return the number
 /// of bytes written without the terminator; 0, with nothing written, when there is no room for the terminator.
+/// They keep nothing between calls, so any thread may call them.
 
 #include "md/export.h"
 

@@ -16,7 +16,7 @@ NAMES = ["libmd-common-quorin0", "libmd-common-quorin-dev", "quorin"]
 def packages(target, tmp_path_factory):
     """The package files by name."""
     build = BUILD
-    if not target.is_armhf:  # a build for developers is not what goes into packages
+    if not target.is_armhf:  # that build is for debugging
         build = TREE / "build/debian"
         run("cmake", "--preset", "debian", cwd=TREE)
         run("cmake", "--build", build)
@@ -49,6 +49,21 @@ def field(package, name):
 
 def test_lintian_has_no_errors(packages):
     run("lintian", "--fail-on", "error", "--allow-root", *packages.values())
+
+
+@pytest.mark.parametrize("name, synopsis", [
+    ("libmd-common-quorin0", "media analysis library - shared libraries"),
+    ("libmd-common-quorin-dev", "media analysis library - development files"),
+    ("quorin", "tells what media files and streams are"),
+])
+def test_each_says_what_it_is(packages, name, synopsis):
+    lines = field(packages[name], "Description").splitlines()
+    assert lines[0] == synopsis
+    assert len(lines) > 2 and all(re.match(r" \S", line) for line in lines[1:])
+
+
+def test_the_command_depends_on_what_it_loads_late(packages):
+    assert "libcurl4 (>= 7.88)" in field(packages["quorin"], "Depends")
 
 
 def test_each_depends_on_what_it_needs_of_its_own_version(packages):

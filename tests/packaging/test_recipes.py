@@ -116,6 +116,22 @@ def test_the_tree_configures_with_the_options_of_yocto(recipe, target, tmp_path,
     assert bool(list(tmp_path.glob("tools/quorin"))) == (command == "with")
 
 
+# What the build looks for, and what the packages of Yocto are called.
+PACKAGES = {"Boost": "boost", "CURL": "curl", "MOUNT": "util-linux", "CLI11": "cli11", "fmt": "fmt",
+            "nlohmann_json": "nlohmann-json", "rapidjson/writer.h": "rapidjson", "utf8cpp": "utfcpp"}
+OF_THE_SYSTEM = {"PkgConfig", "Threads"}
+
+
+@pytest.mark.parametrize("folder, command", [("platform", False), ("tools", True)])
+def test_yocto_builds_what_the_build_looks_for(recipe, folder, command):
+    text = "".join(file.read_text() for file in (TREE / folder).rglob("CMakeLists.txt"))
+    wanted = set(re.findall(r"(?:find_package|pkg_check_modules)\((\w+)", text))
+    wanted |= set(re.findall(r"find_path\(\w+ (\S+)", text))
+    listed = recipe["DEPENDS"].split() + (recipe["PACKAGECONFIG[command]"].split(",")[2].split() if command else [])
+    assert wanted
+    assert {PACKAGES[name] for name in wanted - OF_THE_SYSTEM} <= set(listed)
+
+
 def test_all_files_of_the_command_are_in_its_yocto_package(recipe, tmp_path):
     run("cmake", "--install", BUILD, "--prefix", tmp_path, "--component", "command")
     patterns = recipe["FILES:quorin"].replace("${bindir}", "bin").replace("${datadir}", "share").split()

@@ -12,6 +12,8 @@
 ///     url->read(bytes, sizeof bytes, got);
 ///   }
 /// @endcode
+///
+/// All functions may be called from any thread, and by several at a time; a source is used by one at a time.
 
 #include <boost/shared_ptr.hpp>
 #include <cstdint>

@@ -9,8 +9,8 @@ namespace quorin_command {
 
 namespace {
 
-/// The one that the host platform is linked with: its programming interface has kept this number since 2006.
-constexpr const char* library = "libcurl.so.4";
+/// The one that the host platform is linked with.
+constexpr const char* library = QUORIN_LIBCURL;
 
 template <typename Function>
 void find(void* handle, const char* name, Function& function) {

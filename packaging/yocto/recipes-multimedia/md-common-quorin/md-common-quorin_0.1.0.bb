@@ -15,7 +15,7 @@ EXTERNALSRC_BUILD = "${WORKDIR}/build"
 
 PACKAGECONFIG ??= ""
 # Needs the layer meta-oe.
-PACKAGECONFIG[command] = "-DQUORIN_TOOLS=ON,-DQUORIN_TOOLS=OFF,cli11 fmt nlohmann-json utfcpp"
+PACKAGECONFIG[command] = "-DQUORIN_TOOLS=ON,-DQUORIN_TOOLS=OFF,cli11 fmt nlohmann-json rapidjson utfcpp"
 
 EXTRA_OECMAKE = "-DQUORIN_PLATFORM=host -DCMAKE_SKIP_INSTALL_RPATH=ON"
 
