@@ -26,8 +26,8 @@
 namespace zu::md::common::quorin {
 
 /// Analyses items, any number of them, one at a time. An object is used by one thread at a time; different objects are
-/// independent of each other, so each thread makes one of its own; the static functions keep nothing, and any thread
-/// may call them. Copies share what they are made of and count as one object.
+/// independent of each other, so each thread makes one of its own. Copies share what they are made of and count as one
+/// object. The static functions keep nothing between calls; any thread may call them.
 class MD_API Analyzer {
  public:
   /// Which formats are looked for. Only bit 0 counts.
