@@ -312,6 +312,54 @@ def test_progress_at_a_terminal_is_a_line_that_goes_away(tree, tmp_path):
     assert text.split("\r\x1b[K")[-1].startswith("quorin: 5 items")
 
 
+class ScanAtTerminal:
+    """A scan that goes on, with standard error at a terminal; until a line of progress stands there."""
+
+    def __init__(self, folder, **how):
+        try:
+            self.master, slave = pty.openpty()
+        except OSError as error:
+            pytest.skip(f"this machine hands out no pseudo terminal: {error}")
+        self.process = start_scan("--files-from", "-", cwd=folder, stderr=slave, **how)
+        os.close(slave)
+        self.text = b""
+        self.give(b"music/a\n")
+        while b"2 done" not in self.text:
+            self.text += os.read(self.master, 65536)
+
+    def give(self, names):
+        self.process.stdin.write(names)
+        self.process.stdin.flush()
+
+    def end(self):
+        """How it ended, and what is left in the last line of the terminal, or below it."""
+        code = self.process.wait(TIME_LIMIT)
+        try:
+            while chunk := os.read(self.master, 65536):
+                self.text += chunk
+        except OSError:  # how Linux tells that the other end is closed
+            pass
+        os.close(self.master)
+        self.process.stdin.close()
+        self.process.stdout.close()
+        return code, self.text.decode().split("\r\x1b[K")[-1]
+
+
+@pytest.mark.parametrize("number, status", [(signal.SIGINT, 130), (signal.SIGTERM, -signal.SIGTERM),
+                                            (signal.SIGHUP, -signal.SIGHUP)])
+def test_a_signal_takes_the_line_of_progress_away(tree, tmp_path, number, status):
+    scan = ScanAtTerminal(tmp_path)
+    scan.process.send_signal(number)
+    assert scan.end() == (status, "")
+
+
+def test_a_reader_who_goes_away_is_told_without_the_line_of_progress(tree, tmp_path):
+    scan = ScanAtTerminal(tmp_path)
+    scan.process.stdout.close()
+    scan.give(b"music/b\n")
+    assert scan.end() == (4, "quorin: standard output: broken pipe\r\n")
+
+
 def test_progress_can_be_switched_off(tree, tmp_path):
     assert "\r" not in at_terminal(tmp_path, "--progress", "never")
 

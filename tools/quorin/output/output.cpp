@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <string>
 
 #include "command_line/exit_codes.h"
 #include "output/talk.h"
@@ -17,8 +18,20 @@ namespace {
 
 volatile std::sig_atomic_t lineUnderWay = 0;
 volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t progressLineStands = 0;
+
+constexpr std::string_view eraseLine = "\r\x1b[K";
+
+/// For signal handlers. A terminal that is held up keeps its line: the end of the program does not wait for it.
+void eraseProgressLine() {
+  struct pollfd terminal = {STDERR_FILENO, POLLOUT, 0};
+  if (progressLineStands != 0 && ::poll(&terminal, 1, 0) == 1) {
+    static_cast<void>(!::write(STDERR_FILENO, eraseLine.data(), eraseLine.size()));
+  }
+}
 
 [[noreturn]] void endInterrupted() {
+  eraseProgressLine();
   removeTemporaryFile();
   ::_exit(EXIT_INTERRUPTED);
 }
@@ -32,6 +45,7 @@ void onInterrupt(int /*signal*/) {
 
 /// The signal ends the program as it would have without us: when this returns, and it can arrive again.
 void onEnd(int signal) {
+  eraseProgressLine();
   removeTemporaryFile();
   static_cast<void>(::raise(signal));
 }
@@ -76,6 +90,7 @@ int writeAll(int descriptor, std::string_view bytes) {
 
 bool isFine(int error) {
   if (error != 0) {
+    hideProgressLine();
     complain("standard output", reasonOf(error));
   }
   return error == 0;
@@ -106,5 +121,17 @@ bool writeData(std::string_view text) {
 bool closeData() { return isFine(::close(STDOUT_FILENO) == 0 ? 0 : errno); }
 
 void writeTalk(std::string_view text) { static_cast<void>(writeAll(STDERR_FILENO, text)); }
+
+void showProgressLine(std::string_view line) {
+  progressLineStands = 1;
+  writeTalk(std::string(eraseLine).append(line));
+}
+
+void hideProgressLine() {
+  if (progressLineStands != 0) {
+    writeTalk(eraseLine);
+    progressLineStands = 0;
+  }
+}
 
 }  // namespace quorin_command

@@ -5,7 +5,7 @@
 /// @file
 /// Standard output and standard error. Data leaves in whole lines: SIGINT ends the program at once, unless a line is on
 /// its way; then as soon as the line is out, or at the second SIGINT. A file that is not finished goes with the
-/// program, also at SIGTERM, SIGHUP and SIGQUIT.
+/// program, also at SIGTERM, SIGHUP and SIGQUIT; so does a line of progress.
 
 namespace quorin_command {
 
@@ -32,5 +32,12 @@ bool closeData();
 
 /// Writes to standard error; a failure has nobody to be told to.
 void writeTalk(std::string_view text);
+
+/// Writes a line of progress over the one that stands on standard error, a terminal. It goes away when the program ends
+/// early, too.
+void showProgressLine(std::string_view line);
+
+/// Takes away the line of progress, if one stands.
+void hideProgressLine();
 
 }  // namespace quorin_command

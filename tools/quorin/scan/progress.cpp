@@ -56,15 +56,7 @@ void Progress::show(const State& state) {
   if (used + 8 < width) {
     line += "  " + cutMiddle(displayable(state.current, utf8), width - used, utf8);
   }
-  writeTalk("\r\x1b[K" + cutMiddle(line, width, utf8));
-  visible_ = true;
-}
-
-void Progress::hide() {
-  if (visible_) {
-    writeTalk("\r\x1b[K");
-    visible_ = false;
-  }
+  showProgressLine(cutMiddle(line, width, utf8));
 }
 
 std::string Progress::text(const State& state) const {

@@ -9,7 +9,7 @@
 namespace quorin_command {
 
 /// How far a run is, on standard error: a line that is written over at a terminal, plain lines every few seconds where
-/// none is but they were asked for. To be used by one thread.
+/// none is but they were asked for. `hideProgressLine` takes the line away. To be used by one thread.
 class Progress {
  public:
   explicit Progress(ProgressWish wish);
@@ -27,9 +27,6 @@ class Progress {
   /// Shows the state, unless that was done just before.
   void show(const State& state);
 
-  /// Takes the line away, so that something else can be said.
-  void hide();
-
  private:
   enum class Form { None, Line, Lines };
   using Clock = std::chrono::steady_clock;
@@ -37,7 +34,6 @@ class Progress {
   std::string text(const State& state) const;
 
   Form form_;
-  bool visible_ = false;
   const Clock::time_point start_ = Clock::now();
   Clock::time_point shown_;
 };

@@ -150,7 +150,7 @@ class Scan {
     } catch (...) {
       giveUp("unknown");
     }
-    progress_.hide();
+    hideProgressLine();
   }
 
   const ScanSummary& summary() const { return summary_; }
@@ -171,7 +171,7 @@ class Scan {
   /// Ends the program at once: a worker may be waiting for a server, and who finds the items for a pipe that says no
   /// more.
   [[noreturn]] void giveUp(const char* why) {
-    progress_.hide();
+    hideProgressLine();
     complain(std::string("internal error: ") + why);
     ::_exit(EXIT_OUTPUT);
   }
@@ -183,7 +183,7 @@ class Scan {
     const bool complains = hasFailed(result.record) && !options_.quiet;
     if (complains || options_.verbose) {
       write(std::exchange(lines, {}));  // at a terminal both come to the same place, and in their order
-      progress_.hide();
+      hideProgressLine();
     }
     if (options_.verbose) {
       tellMoreAbout(result.record);
@@ -196,7 +196,7 @@ class Scan {
 
   void write(const std::string& lines) {
     if (terminal_.width != 0) {
-      progress_.hide();
+      hideProgressLine();
     }
     if (!lines.empty() && !writeData(lines)) {
       ::_exit(EXIT_OUTPUT);  // at once, as `giveUp` does
