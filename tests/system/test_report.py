@@ -201,7 +201,7 @@ def test_records_at_the_limits(quorin, scan, tmp_path):
 
 def test_the_records_of_these_tests_are_sound():
     for made in scans.collection(300):
-        VALIDATOR.validate({name: value for name, value in made.items() if name != "file"})
+        VALIDATOR.validate(made)
 
 
 # The page
@@ -362,6 +362,14 @@ def test_totals(library):
     assert library.total("covers") == (grouped(len(pictures)), f"{sum(pictures) / 2**20:.0f} MiB")
     assert library.total("read") == (f"{read / 2**20:.0f} MiB", f"in {elapsed / 1e6:.1f} s")
     assert library.total("failed") == (str(kinds["error"]), f"{kinds['unknown']} more not recognised")
+
+
+def test_what_broke_while_it_was_read_counts_as_failed(open_report):
+    page = open_report(scans.record("/a", "unknown", **scans.error("io_error", "reading failed (code -5)")),
+                       scans.record("/b", "unknown", **scans.error("not_recognised", "not recognised")),
+                       scans.record("/c", "unknown", **scans.error("empty", "empty")))
+    assert page.total("failed") == ("1", "2 more not recognised")
+    assert page.all("#total-failed")[0].find_element(By.XPATH, "..").get_attribute("class") == "bad"
 
 
 def test_totals_of_what_is_not_known(open_report):

@@ -56,6 +56,15 @@ TEST(Record, WithoutInfoItIsAnError) {
   EXPECT_EQ(record.kind, Kind::Error);
 }
 
+TEST(Record, WhatBrokeHasFailedAndWhatIsMerelyUnknownHasNot) {
+  EXPECT_FALSE(hasFailed(Kind::Audio, ""));
+  EXPECT_FALSE(hasFailed(Kind::Unknown, notRecognised().name));
+  EXPECT_FALSE(hasFailed(Kind::Unknown, emptyItem().name));
+  EXPECT_TRUE(hasFailed(Kind::Unknown, "io_error"));
+  EXPECT_TRUE(hasFailed(Kind::Error, "not_found"));
+  EXPECT_TRUE(hasFailed(Kind::Error, ""));
+}
+
 TEST(Record, APictureLiesInsideItsStream) {
   EXPECT_TRUE(liesInside({53, 20480}, 20533));
   EXPECT_TRUE(liesInside({0, 0}, 0));

@@ -83,9 +83,12 @@ void fail(Record& record, ItemError error) {
 }
 
 bool hasFailed(const Record& record) {
-  const bool isMerelyUnknown = record.kind == Kind::Unknown && record.error &&
-                               (*record.error == notRecognised() || *record.error == emptyItem());
-  return record.error && !isMerelyUnknown;
+  return hasFailed(record.kind, record.error ? std::string_view(record.error->name) : std::string_view());
+}
+
+bool hasFailed(Kind kind, std::string_view cause) {
+  const bool isMerelyUnknown = kind == Kind::Unknown && (cause == notRecognised().name || cause == emptyItem().name);
+  return kind == Kind::Error || (!cause.empty() && !isMerelyUnknown);
 }
 
 std::vector<std::string> chainOf(const Record& record) {

@@ -4,6 +4,7 @@
 #include <list>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "item/errors.h"
@@ -77,6 +78,10 @@ void fail(Record& record, ItemError error);
 /// Whether something went wrong with an item, be it that it was opened and then broke. What is merely not recognised is
 /// no failure.
 bool hasFailed(const Record& record);
+
+/// The same, of a record that was written.
+/// @param cause the name of its error; empty: none
+bool hasFailed(Kind kind, std::string_view cause);
 
 /// The URIs of an item from the one that was named to the one where its redirects end, also when the last step was
 /// refused. Empty when there are no redirects.

@@ -5,7 +5,7 @@ namespace quorin_command {
 void Tally::count(const Record& record) {
   ++items_;
   unknown_ += record.kind == Kind::Unknown ? 1U : 0U;
-  failed_ += record.kind == Kind::Error ? 1U : 0U;
+  failed_ += hasFailed(record) ? 1U : 0U;
 }
 
 ExitCode Tally::exitCode() const {

@@ -74,8 +74,9 @@ void ReportData::addName(const std::string& name) {
 
 void ReportData::add(const ScanRecord& record) {
   ++totals_.items;
-  totals_.unknown += record.kind == Kind::Unknown ? 1 : 0;
-  totals_.failed += record.kind == Kind::Error ? 1 : 0;
+  const bool failed = hasFailed(record.kind, record.cause);
+  totals_.unknown += record.kind == Kind::Unknown && !failed ? 1 : 0;
+  totals_.failed += failed ? 1 : 0;
   addName(record.name);
   kind_.add(static_cast<long long>(record.kind));
   format_.add(numberIn(formats_, record.format));
