@@ -22,7 +22,8 @@ const std::vector<CommandDefinition>& commandDefinitions() {
        "Walks the folders and analyses every regular file in them, several at once.\n"
        "Writes a JSON record per file as it comes, or rows of a table to a terminal\n"
        "unless --json is given. A folder is looked into once, however many links lead\n"
-       "there. Files that are not recognised are counted, but are no failure.\n",
+       "there; links are followed, but not to a folder around one that is named.\n"
+       "Files that are not recognised are counted, but are no failure.\n",
        {defineItemList, defineScan, defineSources, defineRedirects, defineNetwork, defineJson, defineLook, defineTalk},
        0},
       {Command::Cover,

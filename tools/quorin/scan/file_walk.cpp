@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 #include "item/item.h"
 
@@ -71,7 +73,7 @@ FileWalk::Step FileWalk::stepInFolder(FoundItem& item) {
     return Step::Item;
   }
   if (S_ISDIR(status.st_mode)) {
-    return enter(path, status, item);
+    return leadsUpwards(path, status) ? Step::GoOn : enter(path, status, item);
   }
   if (!S_ISREG(status.st_mode)) {
     return Step::GoOn;
@@ -89,6 +91,7 @@ FileWalk::Step FileWalk::stepToRoot(FoundItem& item) {
   const std::string path = localPath(name);
   const bool isThere = path.find('\0') == std::string::npos && ::stat(path.c_str(), &status) == 0;
   if (isThere && S_ISDIR(status.st_mode)) {
+    noteFoldersAround(path);
     return enter(path, status, item);
   }
   item = {name, std::nullopt, std::nullopt};
@@ -107,9 +110,27 @@ FileWalk::Step FileWalk::leave(FoundItem& item, int error) {
   return error == 0 ? Step::GoOn : Step::Item;
 }
 
+void FileWalk::noteFoldersAround(const std::string& root) {
+  std::error_code error;
+  std::filesystem::path folder = std::filesystem::canonical(root, error);
+  while (folder.has_relative_path()) {
+    folder = folder.parent_path();
+    struct stat status = {};
+    if (::stat(folder.c_str(), &status) == 0 && !around_.insert(idOf(status)).second) {
+      return;  // and so are those around that one
+    }
+  }
+}
+
+/// Whether it is a link to a folder that a root lies in. One that the user names is no such link.
+bool FileWalk::leadsUpwards(const std::string& path, const struct stat& status) const {
+  struct stat own = {};
+  return around_.count(idOf(status)) != 0 && ::lstat(path.c_str(), &own) == 0 && S_ISLNK(own.st_mode);
+}
+
 /// Goes on in a folder, unless it was looked into before. When that cannot be done the folder is the item.
 FileWalk::Step FileWalk::enter(const std::string& path, const struct stat& status, FoundItem& item) {
-  if (!seen_.insert({status.st_dev, status.st_ino}).second) {
+  if (!seen_.insert(idOf(status)).second) {
     return Step::GoOn;
   }
   Folder folder{path.back() == '/' ? path : path + '/', Stream(::opendir(path.c_str()), ::closedir), {}};

@@ -24,7 +24,8 @@ struct FoundItem {
 };
 
 /// Walks folders, one at a time. A folder is looked into once, however many links lead there; so no link can make a
-/// walk endless. In folders only regular files count, linked ones included.
+/// walk endless. Nor does a link lead to a folder around a root, which would make a scan of one album that of the whole
+/// machine. In folders only regular files count, linked ones included.
 class FileWalk {
  public:
   enum class Order {
@@ -52,16 +53,22 @@ class FileWalk {
 
   enum class Step { Item, GoOn, End };
 
+  using FolderId = std::pair<dev_t, ino_t>;
+
+  static FolderId idOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
   static bool takeName(Folder& folder, std::string& name);
   Step stepInFolder(FoundItem& item);
   Step stepToRoot(FoundItem& item);
   Step leave(FoundItem& item, int error);
+  void noteFoldersAround(const std::string& root);
+  bool leadsUpwards(const std::string& path, const struct stat& status) const;
   Step enter(const std::string& path, const struct stat& status, FoundItem& item);
 
   std::function<bool(std::string&)> roots_;
   const Order order_;
   std::vector<Folder> folders_;  ///< from the root to where the walk is
-  std::set<std::pair<dev_t, ino_t>> seen_;
+  std::set<FolderId> seen_;
+  std::set<FolderId> around_;  ///< all that a root lies in
 };
 
 }  // namespace quorin_command
