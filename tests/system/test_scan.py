@@ -235,6 +235,7 @@ def test_what_broke_while_it_was_read_is_a_failure(quorin):
     answer = b"HTTP/1.1 200 OK\r\nContent-Length: 100000\r\nConnection: close\r\n\r\n" + bytes(100)
     with scripted_server(answer, close=True) as url:
         result = quorin("scan", url)
+        assert quorin("probe", url).code == quorin("--json", url).code == 3  # by the same rule
     assert result.code == 3
     assert result.complaints[0] == f"quorin: {url}: the connection ended before the item did"
     assert result.complaints[2] == "  failed      1: the connection ended before the item did 1"
@@ -275,9 +276,9 @@ def test_nothing_but_the_summary_goes_to_what_is_no_terminal(quorin, tree):
     assert "\x1b" not in quorin("scan", "--progress", "always", "music").err
 
 
-def slow_scan(tree_folder, *arguments, seconds, stderr):
+def slow_scan(tree_folder, *arguments, seconds, **how):
     """A scan whose list comes in two parts."""
-    process = start_scan(*arguments, "--files-from", "-", cwd=tree_folder, stderr=stderr)
+    process = start_scan(*arguments, "--files-from", "-", cwd=tree_folder, **how)
     process.stdin.write(b"music/a\n")
     process.stdin.flush()
     time.sleep(seconds)
@@ -288,13 +289,13 @@ def slow_scan(tree_folder, *arguments, seconds, stderr):
     return process
 
 
-def at_terminal(tree_folder, *arguments):
+def at_terminal(tree_folder, *arguments, **how):
     """What a scan writes to a terminal on standard error."""
     try:
         master, slave = pty.openpty()
     except OSError as error:
         pytest.skip(f"this machine hands out no pseudo terminal: {error}")
-    slow_scan(tree_folder, *arguments, seconds=0.5, stderr=slave)
+    slow_scan(tree_folder, *arguments, seconds=0.5, stderr=slave, **how)
     os.close(slave)
     out = b""
     try:
@@ -362,6 +363,15 @@ def test_a_reader_who_goes_away_is_told_without_the_line_of_progress(tree, tmp_p
 
 def test_progress_can_be_switched_off(tree, tmp_path):
     assert "\r" not in at_terminal(tmp_path, "--progress", "never")
+    assert at_terminal(tmp_path, "-q") == ""
+    assert "\r\x1b[K2 done" in at_terminal(tmp_path, "-q", "--progress", "always")
+
+
+def test_a_terminal_that_can_only_write_on_gets_no_line(tree, tmp_path):
+    dumb = {"TERM": "dumb"}
+    text = at_terminal(tmp_path, environment=dumb)
+    assert text.startswith("quorin: 5 items") and "\x1b" not in text
+    assert "\x1b" not in at_terminal(tmp_path, "--progress", "always", environment=dumb)
 
 
 def test_progress_that_was_asked_for_is_plain_lines_elsewhere(tree, tmp_path):

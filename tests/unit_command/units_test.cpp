@@ -67,6 +67,12 @@ TEST(Units, PlayingTimeIsAClock) {
   EXPECT_EQ(playingTime({3723, 0}), "1:02:03");
 }
 
+TEST(Units, AClockShowsHoursWhenThereAreSome) {
+  EXPECT_EQ(clockTime(7), "0:07");
+  EXPECT_EQ(clockTime(3599), "59:59");
+  EXPECT_EQ(clockTime(36000 + 61), "10:01:01");
+}
+
 TEST(Units, ANegativePlayingTimeIsShownAsItIs) { EXPECT_EQ(playingTime({-3, -500000}), "-3.5 s"); }
 
 TEST(Units, ElapsedTimeIsInMillisecondsThenSeconds) {

@@ -119,7 +119,8 @@ void defineScan(CLI::App& app, Given& given) {
       ->check(isReadable)
       ->group(group);
   addChoice<ProgressWish>(
-      app, "--progress", given.options.progress, "show how far it is; auto: when standard error is a terminal",
+      app, "--progress", given.options.progress,
+      "show how far it is; auto: when standard error is a terminal, unless -q is given",
       {{"auto", ProgressWish::Auto}, {"always", ProgressWish::Always}, {"never", ProgressWish::Never}})
       ->group(group);
 }
@@ -164,7 +165,9 @@ void defineLook(CLI::App& app, Given& given) {
 
 void defineTalk(CLI::App& app, Given& given) {
   const char* const group = "Output";
-  app.add_flag("-q", given.options.quiet, "say nothing about what fails; the exit status tells")->group(group);
+  app.add_flag("-q", given.options.quiet,
+               "say nothing about what fails, nor the summary of a scan; the exit status tells")
+      ->group(group);
   app.add_flag("-v", given.options.verbose,
                "say more on standard error: where redirects lead, what was read of each item, what a live stream plays")
       ->group(group);

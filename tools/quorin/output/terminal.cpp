@@ -43,7 +43,7 @@ bool wantsColor(ColorWish wish, bool isTerminal) {
   if (!force.empty() && force != "0") {
     return true;
   }
-  return isTerminal && environment("TERM") != "dumb";
+  return isTerminal && !terminalIsDumb();
 }
 
 const char* sequenceOf(Style style) {
@@ -82,6 +82,8 @@ Terminal standardOutput(ColorWish wish) {
 }
 
 bool standardOutputIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+
+bool terminalIsDumb() { return environment("TERM") == "dumb"; }
 
 bool localeIsUtf8() { return std::string_view(nl_langinfo(CODESET)) == "UTF-8"; }
 

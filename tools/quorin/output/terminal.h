@@ -24,6 +24,9 @@ bool standardOutputIsTerminal();
 /// Whether a stream's text may hold characters beyond ASCII, by the locale of the environment.
 bool localeIsUtf8();
 
+/// Whether the terminal can only write on, by what TERM says.
+bool terminalIsDumb();
+
 enum class Style { Strong, Faint, Warning, OnYellow, OnMagenta, OnCyan, OnGreen, OnBlue, OnGrey };
 
 /// The text in a style, or as it is when `terminal` shows no colour.

@@ -68,16 +68,20 @@ std::string channelCount(int channels) {
   return channels == 2 ? "stereo" : fmt::format("{} channels", channels);
 }
 
+std::string clockTime(long long seconds) {
+  const auto hours = seconds / 3600;
+  const auto minutes = seconds / 60 % 60;
+  return hours > 0 ? fmt::format("{}:{:02}:{:02}", hours, minutes, seconds % 60)
+                   : fmt::format("{}:{:02}", minutes, seconds % 60);
+}
+
 std::string playingTime(const _obqOsalTime_struct& duration) {
   // A tag that is longer than its file makes an estimate negative. It is shown as it is.
   if (duration.seconds < 10) {
     const double seconds = static_cast<double>(duration.seconds) + duration.microseconds / 1e6;
     return fmt::format("{:.1f} s", std::trunc(seconds * 10) / 10);
   }
-  const auto hours = duration.seconds / 3600;
-  const auto minutes = duration.seconds / 60 % 60;
-  const auto seconds = duration.seconds % 60;
-  return hours > 0 ? fmt::format("{}:{:02}:{:02}", hours, minutes, seconds) : fmt::format("{}:{:02}", minutes, seconds);
+  return clockTime(duration.seconds);
 }
 
 std::string elapsedTime(long long microseconds) {

@@ -17,6 +17,7 @@ std::string frequency(int hertz);                              ///< "44.1 kHz"
 std::string bitRate(int bitsPerSecond);                        ///< "128 kbit/s"
 std::string channelCount(int channels);                        ///< "mono", "stereo", "6 channels"
 std::string playingTime(const _obqOsalTime_struct& duration);  ///< "4.2 s", "3:05", "1:02:03"
+std::string clockTime(long long seconds);                      ///< "0:07", "3:05", "1:02:03"
 std::string elapsedTime(long long microseconds);               ///< "0.4 ms", "1.2 s"
 
 }  // namespace quorin_command

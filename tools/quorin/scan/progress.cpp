@@ -32,10 +32,10 @@ std::string number(unsigned long long count) { return grouped(static_cast<long l
 
 }  // namespace
 
-Progress::Progress(ProgressWish wish) {
-  const bool isTerminal = ::isatty(STDERR_FILENO) != 0;
-  const bool wanted = wish == ProgressWish::Always || (wish == ProgressWish::Auto && isTerminal);
-  form_ = !wanted ? Form::None : isTerminal ? Form::Line : Form::Lines;
+Progress::Progress(ProgressWish wish, bool quiet) {
+  const bool canErase = ::isatty(STDERR_FILENO) != 0 && !terminalIsDumb();
+  const bool wanted = wish == ProgressWish::Always || (wish == ProgressWish::Auto && canErase && !quiet);
+  form_ = !wanted ? Form::None : canErase ? Form::Line : Form::Lines;
 }
 
 void Progress::show(const State& state) {
@@ -74,7 +74,7 @@ std::string Progress::text(const State& state) const {
   line += fmt::format(", {}/s", number(static_cast<unsigned long long>(rate)));
   if (state.allFound && rate > 0 && seconds > secondsUntilRate) {
     const auto left = static_cast<long long>(static_cast<double>(found - state.done) / rate);
-    line += fmt::format(", {}:{:02} left", left / 60, left % 60);
+    line += fmt::format(", {} left", clockTime(left));
   }
   return state.failed == 0 ? line : line + fmt::format(", {} failed", number(state.failed));
 }

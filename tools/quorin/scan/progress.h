@@ -8,11 +8,12 @@
 
 namespace quorin_command {
 
-/// How far a run is, on standard error: a line that is written over at a terminal, plain lines every few seconds where
-/// none is but they were asked for. `hideProgressLine` takes the line away. To be used by one thread.
+/// How far a run is, on standard error: a line that is written over at a terminal that can do that, plain lines every
+/// few seconds elsewhere, if they were asked for. `hideProgressLine` takes the line away. To be used by one thread.
 class Progress {
  public:
-  explicit Progress(ProgressWish wish);
+  /// @param quiet whether little is to be said, so that only who asks for it gets a line
+  Progress(ProgressWish wish, bool quiet);
 
   bool isShown() const { return form_ != Form::None; }
 

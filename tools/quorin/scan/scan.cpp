@@ -130,7 +130,7 @@ bool isStandardOutput(const std::string& path) {
 class Scan {
  public:
   explicit Scan(const Options& options)
-      : options_(options), terminal_(standardOutput(options.color)), progress_(options.progress) {}
+      : options_(options), terminal_(standardOutput(options.color)), progress_(options.progress, options.quiet) {}
 
   void run(Finder& finder) {
     const auto asJson = [](const Record& record) { return jsonLine(record); };
