@@ -2,6 +2,7 @@
 
 import collections
 import json
+import os
 
 import pytest
 from selenium import webdriver
@@ -88,6 +89,16 @@ def test_a_page_that_is_there_stays_unless_forced(quorin, scan, tmp_path):
     assert (tmp_path / "r.html").read_text() == "mine"
     assert quorin("report", name, "-o", "r.html", "--force").code == 0
     assert (tmp_path / "r.html").read_text() != "mine"
+
+
+@pytest.mark.parametrize("force", [[], ["--force"]])
+def test_a_page_replaces_no_device_or_folder(quorin, scan, tmp_path, force):
+    (tmp_path / "folder").mkdir()
+    os.mkfifo(tmp_path / "fifo")
+    for page in ("/dev/full", "/dev/stdout", "folder", "fifo"):
+        result = quorin("report", scan(scans.record("/a")), "-o", page, *force)
+        assert (result.code, result.out, result.complaints) == (
+            4, "", [f"quorin: {page} is not a regular file ('-' is standard output)"])
 
 
 def test_the_scan_itself_is_never_replaced(quorin, scan, tmp_path):

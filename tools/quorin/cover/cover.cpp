@@ -103,7 +103,7 @@ class Copier {
       return readError(failure);
     }
     if (const int error = file->commit(); error != 0) {
-      outputFailed_ = error != EEXIST;
+      outputFailed_ = error != EEXIST && error != ENXIO;
       return ofThisRun_.count(file->path()) != 0 ? nameIsTaken(file->path()) : cannotWrite(file->path(), error);
     }
     if (file->path() != "-") {

@@ -48,6 +48,14 @@ ItemError ofOpenCode(std::string_view uri, int code) {
   return {"io_error", fmt::format("cannot be opened (code {})", code)};
 }
 
+/// A list from elsewhere may have line ends of two bytes, of which the first stays with the name.
+ItemError withHint(std::string_view uri, ItemError error) {
+  if (!uri.empty() && uri.back() == '\r') {
+    error.message += "; the name ends with a carriage return (a list with CRLF line ends?)";
+  }
+  return error;
+}
+
 }  // namespace
 
 ItemError openError(std::string_view uri, int status, int openCode) {
@@ -59,7 +67,7 @@ ItemError openError(std::string_view uri, int status, int openCode) {
     case REDIRECT_WITHOUT_TARGET:
       return {"redirect_without_location", "the server redirects, but names no target that can be used"};
     default:
-      return openCode != 0 ? ofOpenCode(uri, openCode) : internalError(fmt::format("status {}", status));
+      return openCode != 0 ? withHint(uri, ofOpenCode(uri, openCode)) : internalError(fmt::format("status {}", status));
   }
 }
 
@@ -99,6 +107,9 @@ ItemError cannotWrite(const std::string& path, int error) {
   const std::string file = path == "-" ? "standard output" : path;
   if (error == EEXIST) {
     return {"file_exists", fmt::format("{} is there already (--force replaces it)", file)};
+  }
+  if (error == ENXIO) {
+    return {"cannot_write", fmt::format("{} is not a regular file ('-' is standard output)", file)};
   }
   return {"cannot_write", error == ETXTBSY ? fmt::format("{} is what is being read, and stays as it is", file)
                                            : fmt::format("{}: {}", file, reasonOf(error))};

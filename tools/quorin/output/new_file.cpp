@@ -34,7 +34,7 @@ bool isBeingRead(const struct stat& file) {
 NewFile::NewFile(std::string path, bool force, FileNames& names)
     : path_(std::move(path)), force_(force), names_(names) {
   if (!isStandardOutput()) {
-    error_ = whyNotTo();
+    error_ = whyNotTo(path_, force_);
     error_ = error_ != 0 ? error_ : create();
   }
 }
@@ -46,17 +46,20 @@ NewFile::~NewFile() {
   }
 }
 
-/// @return an errno
-int NewFile::whyNotTo() const {
+int NewFile::whyNotTo(const std::string& path, bool force) {
+  if (path == "-") {
+    return 0;
+  }
   struct stat status = {};
-  const bool isThere = ::stat(path_.c_str(), &status) == 0;
-  if (isThere && S_ISREG(status.st_mode) && isBeingRead(status)) {
-    return ETXTBSY;
+  if (::stat(path.c_str(), &status) == 0) {
+    if (!S_ISREG(status.st_mode)) {
+      return ENXIO;  // a device or a pipe is not to be replaced by a file
+    }
+    if (isBeingRead(status)) {
+      return ETXTBSY;
+    }
   }
-  if (!force_ && isFile(path_)) {
-    return EEXIST;
-  }
-  return isThere && !S_ISREG(status.st_mode) ? ENOTSUP : 0;  // a device or a pipe is not to be replaced by a file
+  return !force && isFile(path) ? EEXIST : 0;
 }
 
 int NewFile::create() {

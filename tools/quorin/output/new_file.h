@@ -27,12 +27,14 @@ class NewFile {
 
   /// Gives the file its name.
   /// @return 0, or the errno of whatever went wrong; EEXIST when a file of that name may not be replaced, ETXTBSY when
-  ///   it is one that this program is reading
+  ///   it is one that this program is reading, ENXIO when it is a folder, a pipe or a device
   int commit();
+
+  /// What `commit` will say, as far as that can be known before.
+  static int whyNotTo(const std::string& path, bool force);
 
  private:
   bool isStandardOutput() const { return path_ == "-"; }
-  int whyNotTo() const;
   int create();
   int nameIt();
   int nameNameless();

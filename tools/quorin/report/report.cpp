@@ -2,11 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
-
 #include "command_line/exit_codes.h"
 #include "item/errors.h"
-#include "item/item.h"
 #include "output/new_file.h"
 #include "output/talk.h"
 #include "output/units.h"
@@ -74,8 +71,8 @@ int failed(const std::string& cause, ExitCode code) {
 int report(const Options& options) {
   const std::string& path = options.words.front();
   // Asked again when the page gets its name; but a long scan is not read in vain.
-  if (options.outputFile != "-" && !options.force && isFile(options.outputFile)) {
-    return failed(cannotWrite(options.outputFile, EEXIST).message, EXIT_OUTPUT);
+  if (const int error = NewFile::whyNotTo(options.outputFile, options.force); error != 0) {
+    return failed(cannotWrite(options.outputFile, error).message, EXIT_OUTPUT);
   }
   ReportData data;
   ScanReader reader(path, options.quiet);
