@@ -135,9 +135,19 @@ def test_a_taken_name_costs_the_others_nothing(quorin, song, covers):
 def test_what_is_no_file_is_not_replaced(quorin, song, tmp_path):
     song("a.mp3", PICTURE)
     os.mkfifo(tmp_path / "pipe")
-    assert quorin("cover", "--force", "-o", "pipe", "a.mp3").complaints == [
-        "quorin: a.mp3: pipe: operation not supported"]
+    for force in ([], ["--force"]):
+        result = quorin("cover", *force, "-o", "pipe", "a.mp3")
+        assert (result.code, result.complaints) == (
+            4, ["quorin: a.mp3: pipe is not a regular file ('-' is standard output)"])
     assert (tmp_path / "pipe").is_fifo()
+
+
+def test_what_is_no_file_is_in_the_way_of_one_picture_only(quorin, song, covers, tmp_path):
+    song("a.mp3", PICTURE)
+    song("b.mp3", PICTURE)
+    os.mkfifo(covers / "a.jpg")
+    result = quorin("cover", "--force", "-d", "covers", "a.mp3", "b.mp3")
+    assert (result.code, result.out) == (1, "covers/b.jpg\n")
 
 
 def test_no_picture_of_a_run_replaces_another(quorin, song, covers, tmp_path):

@@ -103,7 +103,8 @@ class Copier {
       return readError(failure);
     }
     if (const int error = file->commit(); error != 0) {
-      outputFailed_ = error != EEXIST && error != ENXIO;
+      const bool isInTheWay = error == EEXIST || (error == ENXIO && !options_.outputFolder.empty());
+      outputFailed_ = !isInTheWay;  // what is in the way of one picture is in no other's
       return ofThisRun_.count(file->path()) != 0 ? nameIsTaken(file->path()) : cannotWrite(file->path(), error);
     }
     if (file->path() != "-") {
