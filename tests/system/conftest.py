@@ -49,7 +49,8 @@ def until(happens):
 
 
 def check_records(text):
-    """Holds each record in a text against the schema."""
+    """Holds each record in a text, or in its bytes, against the schema."""
+    text = text.decode("utf-8", "surrogateescape") if isinstance(text, bytes) else text
     for line in text.split("\n"):  # a name may hold what str.splitlines takes for a line end
         if line.startswith('{"v":'):
             VALIDATOR.validate(json.loads(line))
@@ -124,7 +125,9 @@ class Quorin:
             chunks.append(chunk)
         os.close(master)
         process.wait(TIME_LIMIT)
-        return b"".join(chunks).decode("utf-8", "surrogateescape").replace("\r\n", "\n")
+        text = b"".join(chunks).decode("utf-8", "surrogateescape").replace("\r\n", "\n")
+        check_records(text)
+        return text
 
 
 def uris(records):

@@ -9,7 +9,7 @@ import time
 
 import pytest
 
-from conftest import COMMAND, TIME_LIMIT, clean_environment
+from conftest import COMMAND, TIME_LIMIT, check_records, clean_environment
 
 DOCUMENT = pathlib.Path(__file__).parent / "../../docs/large-scans.md"
 RECIPES = dict(re.findall(r"```sh (\w+)\n(.*?)```", DOCUMENT.read_text(), flags=re.DOTALL))
@@ -40,7 +40,11 @@ def recipe(tmp_path, music):
         process = subprocess.run(["sh", "-ec", RECIPES[name]], cwd=tmp_path, capture_output=True, text=True,
                                  timeout=TIME_LIMIT, env=clean_environment(PATH=path, HOME=str(tmp_path), **environment))
         assert process.returncode == code, process.stderr
-        return [json.loads(line) for line in (tmp_path / result).read_text().splitlines()] if code == 0 else None
+        if code != 0:
+            return None
+        text = (tmp_path / result).read_text()
+        check_records(text)
+        return [json.loads(line) for line in text.splitlines()]
 
     return run
 

@@ -13,7 +13,7 @@ import time
 
 import pytest
 
-from conftest import COMMAND, TIME_LIMIT, clean_environment, start_scan, uris
+from conftest import COMMAND, TIME_LIMIT, check_records, clean_environment, start_scan, uris
 from web_server import scripted_server
 
 WITHOUT_PRIVILEGES = ["setpriv", "--bounding-set=-dac_override,-dac_read_search"] if os.geteuid() == 0 else []
@@ -65,6 +65,14 @@ def test_items_of_a_list(quorin, tree):
         tree[1:4])
     assert uris(quorin.records("scan", "--ordered", "--files-from", "-", "-0", text=b"music/b\0music/a\0")) == (
         tree[3:] + tree[1:3])
+
+
+def test_a_list_with_other_line_ends_is_told(quorin, tree):
+    hint = "the name ends with a carriage return (a list with CRLF line ends?)"
+    for command in ("scan", "probe"):
+        complaints = quorin(command, "--files-from", "-", text=b"music/a/1.mp3\r\n\thttp://[\r\n").complaints
+        assert complaints[0] == f"quorin: music/a/1.mp3\\r: no such file or directory; {hint}"
+        assert complaints[1].endswith(hint)
 
 
 def test_names_of_every_kind(quorin, tmp_path, plain_mp3):
@@ -137,7 +145,9 @@ def test_a_reader_who_goes_away_ends_a_scan_at_once(tree, tmp_path):
     process = start_scan("--files-from", "-", cwd=tmp_path)
     process.stdin.write(b"music/a/1.mp3\n")
     process.stdin.flush()
-    assert process.stdout.readline().endswith(b"}\n")
+    first = process.stdout.readline()
+    assert first.endswith(b"}\n")
+    check_records(first)
     process.stdout.close()
     process.stdin.write(b"music/a/2.mp3\n")  # and nothing more comes, nor does the list end
     process.stdin.flush()
@@ -164,8 +174,8 @@ def test_an_interrupted_scan_leaves_whole_lines(tree, tmp_path):
     assert process.wait(TIME_LIMIT) == 130
     feeder.join()
     assert rest == b"" or rest.endswith(b"}\n")
-    for line in [*lines, *rest.splitlines()]:
-        json.loads(line)
+    assert all(line.startswith(b'{"v":') for line in [*lines, *rest.splitlines()])
+    check_records(b"".join(lines) + rest)
 
 
 # Going on where an earlier scan ended
@@ -284,7 +294,7 @@ def slow_scan(tree_folder, *arguments, seconds, **how):
     time.sleep(seconds)
     process.stdin.write(b"music/b\n")
     process.stdin.close()
-    process.stdout.read()
+    check_records(process.stdout.read())
     assert process.wait(TIME_LIMIT) == 0
     return process
 

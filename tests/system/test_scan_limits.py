@@ -12,7 +12,7 @@ import time
 
 import pytest
 
-from conftest import COMMAND, TIME_LIMIT, start_scan, uris
+from conftest import COMMAND, TIME_LIMIT, check_records, start_scan, uris
 
 # Under AddressSanitizer freed memory is kept for a while, and would count.
 SMALL_QUARANTINE = {"ASAN_OPTIONS": "quarantine_size_mb=1:detect_leaks=0"}
@@ -90,6 +90,7 @@ def test_a_slow_host_keeps_nothing_local_waiting(tree, tmp_path):
         watchdog.cancel()
         process.kill()
         process.wait(TIME_LIMIT)
+    check_records(b"".join(found))
     assert sorted(json.loads(line)["uri"] for line in found if line) == tree
 
 
@@ -102,7 +103,9 @@ def test_memory_does_not_grow_with_the_number_of_items(tree, tmp_path):
         process = start_scan("-j", "4", "--files-from", "list", cwd=tmp_path, stdin=subprocess.DEVNULL,
                              environment=SMALL_QUARANTINE)
         time.sleep(0.2)  # a reader who is late
-        count = sum(1 for _ in process.stdout)
+        first = process.stdout.readline()
+        check_records(first)  # the others are the same
+        count = 1 + sum(1 for _ in process.stdout)
         _, status, usage = os.wait4(process.pid, 0)
         process.returncode = 0
         assert (status, count) == (0, lines)
@@ -134,7 +137,9 @@ def test_a_list_without_line_ends_takes_no_memory(tmp_path):
         process.stdin.write(bytes(10**6))
     process.stdin.write(b"\n")
     process.stdin.flush()
-    record = json.loads(process.stdout.readline())
+    line = process.stdout.readline()
+    check_records(line)
+    record = json.loads(line)
     with open(f"/proc/{process.pid}/status") as status:
         (peak,) = [int(line.split()[1]) for line in status if line.startswith("VmHWM:")]
     process.stdin.close()
@@ -227,7 +232,7 @@ def test_only_the_main_thread_is_interrupted(tree, tmp_path):
     process = start_scan("-j", "3", "--progress", "always", "--files-from", "-", cwd=tmp_path)
     process.stdin.write(b"music\n")
     process.stdin.flush()
-    process.stdout.readline()  # all threads are there now
+    check_records(process.stdout.readline())  # all threads are there now
     blocked = {}
     for thread in os.listdir(f"/proc/{process.pid}/task"):
         with open(f"/proc/{process.pid}/task/{thread}/status") as status:
@@ -258,3 +263,4 @@ def test_interrupted_at_any_time_a_scan_leaves_whole_lines(tmp_path):
         assert lines.endswith(b"}\n")
         for line in lines.splitlines():
             json.loads(line)
+        check_records(b"".join(lines.splitlines(keepends=True)[-20:]))  # all of them would take minutes
