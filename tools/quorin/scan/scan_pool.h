@@ -75,7 +75,7 @@ class ScanPool {
   void handOver(std::vector<Done>& done);
   void release(const std::string& host, std::vector<Job>& further);
 
-  const Options& options_;
+  const Options options_;
   const Find find_;
   const Format format_;
 
