@@ -166,14 +166,14 @@ TEST(FileSource, TheStartIsReadAtOnceAndWhatWasReadLastIsKept) {
   const Bytes bytes = testBytes(100000);
   const OpenedItem item = openItem(folder.write("item", bytes));
   ASSERT_EQ(item.code, 0);
-  const auto costOf = [&](long long offset, unsigned int length) {
+  const auto costOf = [&](int offset, unsigned int length) {
     const UrlCost before = item.source->cost();
     item.source->seek(offset);
     Bytes read(length);
     for (unsigned int count = 0, got = 1; count < length && got > 0; count += got) {
       item.source->read(read.data() + count, length - count, got);
     }
-    EXPECT_EQ(read, Bytes(bytes.begin() + offset, bytes.begin() + offset + length));
+    EXPECT_EQ(read, Bytes(bytes.begin() + offset, bytes.begin() + offset + static_cast<int>(length)));
     const UrlCost after = item.source->cost();
     return std::make_pair(after.reads - before.reads, after.bytes - before.bytes);
   };
