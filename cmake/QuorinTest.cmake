@@ -25,3 +25,22 @@ function(quorin_tests name)
   gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
     PROPERTIES TIMEOUT 120 LABELS ${name})
 endfunction()
+
+# quorin_python_tests(LABEL TIMEOUT SECONDS [PRIVATE_NETWORK] [ENVIRONMENT NAME=VALUE...]): one test per test_*.py of the
+# current folder, so that a test cannot be forgotten. PRIVATE_NETWORK: as above.
+function(quorin_python_tests label)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "PRIVATE_NETWORK" "TIMEOUT" "ENVIRONMENT")
+  find_program(QUORIN_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
+  set(network "")
+  if(ARG_PRIVATE_NETWORK)
+    set(network "${PROJECT_SOURCE_DIR}/tests/support/with_private_net.sh")
+  endif()
+  file(GLOB files CONFIGURE_DEPENDS "test_*.py")
+  foreach(file IN LISTS files)
+    cmake_path(GET file STEM name)
+    add_test(NAME ${label}.${name} COMMAND ${network}
+      "${QUORIN_PYTHON}" -B -m pytest -q -p no:cacheprovider --rootdir "${CMAKE_CURRENT_SOURCE_DIR}" "${file}")
+    set_tests_properties(${label}.${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS ${label}
+      ENVIRONMENT "${ARG_ENVIRONMENT}")
+  endforeach()
+endfunction()
