@@ -2,99 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <boost/make_shared.hpp>
 #include <random>
 
+#include "scan_case.h"
 #include "support/bytes.h"
-#include "support/log_capture.h"
 
 namespace zu::md::common::quorin {
 namespace {
 
 using namespace quorin_test;
 
-constexpr SyncPattern elevenBits = {2, {0xff, 0xe0, 0, 0}, {0xff, 0xe0, 0, 0}};
-constexpr SyncPattern word = {4, {'f', 'L', 'a', 'C'}, {0xff, 0xff, 0xff, 0xff}};
-const ReadPlace place = {"Scanner", "scan", 7};
-
-/// What the scan stands for: read, compare, step one byte on.
-bool stepwiseScan(strell::Strell& strell, const SyncPattern& pattern, unsigned limit) {
-  unsigned position = strell.getDataCacheOffset();
-  for (;;) {
-    const unsigned char* const bytes = readCached(strell, pattern.length, place);
-    if (bytes == nullptr) {
-      return false;
-    }
-    bool matches = true;
-    for (unsigned i = 0; i < pattern.length; ++i) {
-      matches = matches && (bytes[i] & pattern.mask[i]) == pattern.value[i];
-    }
-    if (matches) {
-      strell.setDataCacheOffset(position);
-      return true;
-    }
-    ++position;
-    strell.setDataCacheOffset(position);
-    if (position >= limit) {
-      return false;
-    }
-  }
-}
-
-/// Everything by which two scans could differ.
-struct Outcome {
-  bool found;
-  unsigned offset;
-  std::string log;
-  std::vector<unsigned> readLengths;
-  std::vector<long long> readOffsets;
-  std::vector<long long> seekTargets;
-  unsigned long long bytes;
-};
-
-/// One scan over a fresh source.
-struct Case {
-  SourceScript script;
-  SyncPattern pattern = elevenBits;
-  unsigned start = 0;
-  unsigned limit = 0;
-  long long seekBefore = -1;  ///< gives the cache a seek region; -1 for none
-  unsigned readBefore = 0;    ///< fills the head so far
-
-  template <typename Scan>
-  Outcome run(Scan scan) const {
-    const auto source = boost::make_shared<ScriptedSource>(script);
-    strell::Strell strell;
-    strell.attach(source);
-    if (readBefore != 0) {
-      strell.setDataCacheOffset(readBefore);
-    }
-    if (seekBefore >= 0) {
-      strell.seek(seekBefore);
-    }
-    strell.setDataCacheOffset(start);
-    const LogCapture log;
-    const bool found = scan(strell);
-    return {found,
-            strell.getDataCacheOffset(),
-            log.dump(),
-            source->calls.readLengths,
-            source->calls.readOffsets,
-            source->calls.seekTargets,
-            source->calls.bytes};
-  }
-
-  Outcome fast() const {
-    return run([this](strell::Strell& strell) { return scanForSync(strell, pattern, limit, place); });
-  }
-  Outcome stepwise() const {
-    return run([this](strell::Strell& strell) { return stepwiseScan(strell, pattern, limit); });
-  }
-};
-
-void expectSame(const Case& given) {
-  const Outcome fast = given.fast();
-  const Outcome stepwise = given.stepwise();
+void expectSame(const ScanCase& given) {
+  const ScanOutcome fast = given.fast();
+  const ScanOutcome stepwise = given.stepwise();
   EXPECT_EQ(fast.found, stepwise.found);
   EXPECT_EQ(fast.offset, stepwise.offset);
   EXPECT_EQ(fast.log, stepwise.log);
@@ -104,8 +24,8 @@ void expectSame(const Case& given) {
   EXPECT_EQ(fast.bytes, stepwise.bytes);
 }
 
-Case over(Bytes bytes, unsigned limit, const SyncPattern& pattern = elevenBits) {
-  Case given;
+ScanCase over(Bytes bytes, unsigned limit, const SyncPattern& pattern = elevenBits) {
+  ScanCase given;
   given.script.bytes = std::move(bytes);
   given.limit = limit;
   given.pattern = pattern;
@@ -113,52 +33,53 @@ Case over(Bytes bytes, unsigned limit, const SyncPattern& pattern = elevenBits) 
 }
 
 TEST(CacheScan, FindsTheFirstSyncAndStandsOnIt) {
-  const Outcome outcome = over(concat({filler(5000), {0xff, 0xdf, 0xff, 0xe0, 0xff, 0xfb}, filler(10)}), 8000).fast();
+  const ScanOutcome outcome =
+      over(concat({filler(5000), {0xff, 0xdf, 0xff, 0xe0, 0xff, 0xfb}, filler(10)}), 8000).fast();
   EXPECT_TRUE(outcome.found);
   EXPECT_EQ(outcome.offset, 5002U);
   EXPECT_EQ(outcome.log, "");
 }
 
 TEST(CacheScan, TheLastPositionBeforeTheLimitIsTried) {
-  const Outcome outcome = over(concat({filler(1023), text("fLaC"), filler(100)}), 1024, word).fast();
+  const ScanOutcome outcome = over(concat({filler(1023), text("fLaC"), filler(100)}), 1024, word).fast();
   EXPECT_TRUE(outcome.found);
   EXPECT_EQ(outcome.offset, 1023U);
 }
 
 TEST(CacheScan, ASyncAtTheLimitIsNotFoundAndTheOffsetStaysThere) {
-  const Outcome outcome = over(concat({filler(1024), text("fLaC"), filler(100)}), 1024, word).fast();
+  const ScanOutcome outcome = over(concat({filler(1024), text("fLaC"), filler(100)}), 1024, word).fast();
   EXPECT_FALSE(outcome.found);
   EXPECT_EQ(outcome.offset, 1024U);
   EXPECT_EQ(outcome.log, "");
 }
 
 TEST(CacheScan, OnePositionIsTriedEvenBehindTheLimit) {
-  Case given = over(concat({filler(100), {0xff, 0xfb}, filler(10)}), 50);
+  ScanCase given = over(concat({filler(100), {0xff, 0xfb}, filler(10)}), 50);
   given.start = 100;
   EXPECT_TRUE(given.fast().found);
   given.start = 99;
-  const Outcome outcome = given.fast();
+  const ScanOutcome outcome = given.fast();
   EXPECT_FALSE(outcome.found);
   EXPECT_EQ(outcome.offset, 100U);
 }
 
 TEST(CacheScan, WhereTheStreamEndsTheReadFails) {
-  const Outcome outcome = over(filler(100, 0xff), 200).fast();
+  const ScanOutcome outcome = over(filler(100, 0xff), 200).fast();
   EXPECT_TRUE(outcome.found);
-  const Outcome ended = over(filler(100), 200).fast();
+  const ScanOutcome ended = over(filler(100), 200).fast();
   EXPECT_FALSE(ended.found);
   EXPECT_EQ(ended.offset, 99U);
   EXPECT_EQ(ended.log, "3000 Scanner::scan():# error reading cached data ret=-1003 buffer=(nil)!\n");
 }
 
 TEST(CacheScan, ASyncCutByTheEndIsNotFound) {
-  const Outcome outcome = over(concat({filler(99), {0xff}}), 200).fast();
+  const ScanOutcome outcome = over(concat({filler(99), {0xff}}), 200).fast();
   EXPECT_FALSE(outcome.found);
   EXPECT_EQ(outcome.offset, 99U);
 }
 
 TEST(CacheScan, ReadsNoMoreThanTheFirstStepForASyncAtItsEnd) {
-  const Outcome outcome = over(concat({filler(4094), {0xff, 0xfb}, filler(100000)}), 8000).fast();
+  const ScanOutcome outcome = over(concat({filler(4094), {0xff, 0xfb}, filler(100000)}), 8000).fast();
   EXPECT_TRUE(outcome.found);
   EXPECT_EQ(outcome.bytes, 4096U);
 }
@@ -176,7 +97,7 @@ TEST(CacheScan, EqualsTheStepwiseScanAroundFillStepsAndLimits) {
 
 TEST(CacheScan, EqualsTheStepwiseScanInASeekRegion) {
   for (const unsigned start : {1000U, 69990U, 70000U, 70001U, 135534U, 135536U, 135537U}) {
-    Case given = over(filler(200000), start + 3000);
+    ScanCase given = over(filler(200000), start + 3000);
     given.seekBefore = 70000;
     given.start = start;
     expectSame(given);
@@ -191,7 +112,7 @@ TEST(CacheScan, EqualsTheStepwiseScanOverGeneratedStreams) {
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
     const auto below = [&random](unsigned bound) { return static_cast<unsigned>(random() % bound); };
-    Case given;
+    ScanCase given;
     given.pattern = below(2) == 0 ? elevenBits : word;
     given.script.bytes.resize(below(4) == 0 ? below(10) : below(14000));
     const unsigned density = 1 + below(400);  // first bytes of a sync, one in so many
