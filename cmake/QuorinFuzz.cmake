@@ -1,0 +1,17 @@
+# quorin_fuzz_harness(NAME [LIBRARIES ...]): the program fuzz_NAME of harness/NAME.cpp. In a build for a fuzzer it is one;
+# in any other it shows what the fuzzer has kept to the harness, as a test.
+function(quorin_fuzz_harness name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "LIBRARIES")
+  add_executable(fuzz_${name} harness/${name}.cpp ${ARG_UNPARSED_ARGUMENTS})
+  target_include_directories(fuzz_${name} PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/tests")
+  target_link_libraries(fuzz_${name} PRIVATE ${ARG_LIBRARIES} fuzz-support)
+  quorin_target(fuzz_${name})
+  add_dependencies(fuzzers fuzz_${name})
+  if(QUORIN_FUZZ)
+    target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+    return()
+  endif()
+  target_sources(fuzz_${name} PRIVATE replay.cpp)
+  add_test(NAME fuzz.${name} COMMAND fuzz_${name} "${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
+  set_tests_properties(fuzz.${name} PROPERTIES TIMEOUT 300 LABELS fuzz)
+endfunction()

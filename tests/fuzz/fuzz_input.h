@@ -1,0 +1,43 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "support/scripted_source.h"
+
+namespace quorin_test {
+
+/// What a fuzzer made up. The bytes of an item stand at its front, untouched, so that a real file is a good beginning;
+/// how the item behaves is taken from its end, piece by piece. What is not there reads as 0.
+class FuzzInput {
+ public:
+  FuzzInput(const uint8_t* data, size_t size) : begin_(data), end_(data + size) {}
+
+  /// The last `count` bytes as a number, the most significant one last.
+  uint64_t number(unsigned count) {
+    uint64_t value = 0;
+    for (; count > 0 && begin_ != end_; --count) {
+      value = value << 8 | *--end_;
+    }
+    return value;
+  }
+
+  /// A text whose length stands behind it in two bytes.
+  std::string text() {
+    const size_t length = std::min<size_t>(number(2), left());
+    end_ -= length;
+    return std::string(end_, end_ + length);
+  }
+
+  /// All that is left.
+  Bytes bytes() const { return Bytes(begin_, end_); }
+  size_t left() const { return static_cast<size_t>(end_ - begin_); }
+
+ private:
+  const uint8_t* begin_;
+  const uint8_t* end_;
+};
+
+}  // namespace quorin_test

@@ -1,0 +1,6 @@
+#include "formats/analyzer_audio_flac.h"
+#include "fuzz_analyzer.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  return quorin_test::fuzzAnalyzer<zu::md::common::quorin::AnalyzerAudioFlac>(data, size);
+}

@@ -1,0 +1,49 @@
+// The lines of a response header: what is taken of them stands in them, and other lines change nothing.
+
+#include "framework/http_header.h"
+
+#include <algorithm>
+
+#include "fuzz_input.h"
+#include "require.h"
+
+using namespace quorin_test;
+using namespace zu::md::common::quorin;
+
+namespace {
+
+std::deque<std::string> linesOf(const std::string& text) {
+  std::deque<std::string> lines;
+  size_t begin = 0;
+  for (size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', begin)) {
+    lines.push_back(text.substr(begin, end + 1 - begin));
+    begin = end + 1;
+  }
+  lines.push_back(text.substr(begin));
+  return lines;
+}
+
+bool standsIn(const std::deque<std::string>& lines, const std::string& value) {
+  return std::any_of(lines.begin(), lines.end(),
+                     [&](const std::string& line) { return line.find(value) != std::string::npos; });
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  const std::deque<std::string> lines = linesOf(std::string(data, data + size));
+  HeaderInfo once;
+  parseHeader(lines, once);
+  require(standsIn(lines, once.contentType), "the content type stands in a line");
+  require(standsIn(lines, once.location), "the location stands in a line");
+  HeaderInfo again = once;
+  parseHeader(lines, again);
+  requireSame(again.contentType + '\n' + again.location, once.contentType + '\n' + once.location,
+              "the same header again changes nothing");
+  for (const std::string& line : lines) {
+    if (const auto value = headerValue(line, "icy-br")) {
+      require(line.find(*value) != std::string::npos, "a value stands in its line");
+    }
+  }
+  return 0;
+}
