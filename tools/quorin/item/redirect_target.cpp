@@ -90,7 +90,7 @@ std::string withoutCredentials(std::string_view headerLines) {
     const std::string_view line = headerLines.substr(0, headerLines.find('\n'));
     headerLines.remove_prefix(std::min(line.size() + 1, headerLines.size()));
     const std::string name = lowered(line.substr(0, line.find(':')));
-    if (name != "authorization" && name != "cookie") {
+    if (name != "authorization" && name != "proxy-authorization" && name != "cookie") {
       kept += fmt::format("{}{}", kept.empty() ? "" : "\n", line);
     }
   }

@@ -22,7 +22,8 @@ std::string hostOf(const std::string& uri);
 /// Whether two URIs lead to the same server by the same protocol (RFC 6454, section 5).
 bool haveSameOrigin(const std::string& one, const std::string& other);
 
-/// The header lines, separated by line ends, without those that tell a server who is asking: Authorization and Cookie.
+/// The header lines, separated by line ends, without those that tell a server who is asking: Authorization, Cookie and
+/// Proxy-Authorization, which without a proxy goes to the server.
 std::string withoutCredentials(std::string_view headerLines);
 
 }  // namespace quorin_command
