@@ -256,7 +256,7 @@ def test_a_medium_that_is_none(quorin, album):
 
 def test_header_lines_that_are_none(quorin):
     for bad in ("x", ": x", "a b: c", "ä: c"):
-        assert_usage_error(quorin("--header", bad, "a"), f"--header: '{bad}' is not of the form 'NAME: VALUE'")
+        assert_usage_error(quorin("--header", bad, "a"), "--header: not of the form 'NAME: VALUE'")
 
 
 def test_no_line_end_gets_into_a_request(quorin):
