@@ -123,8 +123,9 @@ def live(audio, interval=4096, titles=("One", "It's; two", "", "Two")):
 
 
 @contextlib.contextmanager
-def scripted_server(answer, close=False):
-    """A server that sends `answer` to whoever connects and then says no more, or closes. Yields its URL."""
+def scripted_server(answer, close=False, requests=None):
+    """A server that sends `answer` to whoever connects and then says no more, or closes. Yields its URL. What it is
+    asked is added to `requests`."""
     listener = socket.create_server(("127.0.0.1", 0))
     connections = []
 
@@ -133,7 +134,9 @@ def scripted_server(answer, close=False):
             while True:
                 connection, _ = listener.accept()
                 connections.append(connection)
-                connection.recv(65536)
+                request = connection.recv(65536)
+                if requests is not None:
+                    requests.append(request.decode("latin-1"))
                 connection.sendall(answer)
                 if close:
                     connection.shutdown(socket.SHUT_RDWR)

@@ -14,7 +14,8 @@ struct PictureType {
 /// type is often wrong.
 PictureType pictureType(std::string_view begin);
 
-/// What the picture files of an item are called, without ending: the last part of its path without its own ending.
+/// What the picture files of an item are called, without ending: the last part of its path without its own ending. That
+/// of a URL is decoded; user, password and host of one are never part of it.
 std::string pictureName(const std::string& uri);
 
 }  // namespace quorin_command

@@ -10,6 +10,7 @@
 #include "item/item_list.h"
 #include "item/redirect_target.h"
 #include "item/source_watch.h"
+#include "output/credentials.h"
 
 namespace quorin_command {
 
@@ -33,9 +34,11 @@ bool isAmongFriends(const Record& record) {
   return record.via.empty() || haveSameOrigin(record.via.front(), record.uri);
 }
 
-/// The begin of a name that is too long to be told, cut between two characters.
-std::string shortened(const std::string& name) {
+/// The begin of a name that is too long to be told, cut between two characters. The "@" that tells that something is a
+/// secret may be far behind, even in what was not read.
+std::string shortened(const std::string& whole) {
   constexpr size_t shown = 200;
+  const std::string name = credentialsHidden(whole + '@');
   size_t end = std::min(shown, name.size());
   while (end > 0 && end < name.size() && (static_cast<unsigned char>(name[end]) & 0xC0U) == 0x80U) {
     --end;

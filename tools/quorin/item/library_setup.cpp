@@ -18,7 +18,7 @@ namespace {
 /// The library's module number in the debug output of the platform.
 constexpr uint32_t libraryModule = 0x68;
 
-/// Log lines quote what items say, so they are shown like any name of a stranger.
+/// Log lines quote what items say and what they are called, so they are shown like any name of a stranger.
 void showLogLine(uint32_t /*module*/, uint32_t /*level*/, std::string_view text) {
   if (!text.empty() && text.back() == '\n') {
     text.remove_suffix(1);
@@ -29,8 +29,8 @@ void showLogLine(uint32_t /*module*/, uint32_t /*level*/, std::string_view text)
 }  // namespace
 
 std::string setUpLibrary(const Options& options) {
+  obq::setDebugSink(showLogLine);  // also of what OBQ_DEBUG in the environment asks for
   if (options.logLevel != 0) {
-    obq::setDebugSink(showLogLine);
     obq::setDebugLevel(libraryModule, options.logLevel);
   }
   for (const Medium& medium : options.media) {

@@ -8,6 +8,8 @@
 #include <cwchar>
 #include <vector>
 
+#include "output/credentials.h"
+
 namespace quorin_command {
 
 namespace {
@@ -120,7 +122,8 @@ size_t widthOf(const std::vector<Glyph>& glyphs) {
 
 }  // namespace
 
-std::string displayable(std::string_view bytes, bool utf8) {
+std::string displayable(std::string_view name, bool utf8) {
+  const std::string bytes = credentialsHidden(name);
   const UnicodeWidths unicode;
   std::string text;
   for (auto at = bytes.begin(); at != bytes.end();) {

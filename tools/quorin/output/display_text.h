@@ -9,10 +9,11 @@
 
 namespace quorin_command {
 
-/// `bytes` as they may be shown: every character that does not simply stand there (controls, line ends, characters that
-/// turn the writing direction, invisible ones) and every byte that is no UTF-8 is written as an escape.
+/// `name` as it may be shown: without credentials (credentials.h), and every character that does not simply stand there
+/// (controls, line ends, characters that turn the writing direction, invisible ones) and every byte that is no UTF-8 is
+/// written as an escape.
 /// @param utf8 whether the reader's terminal takes UTF-8; otherwise every character beyond ASCII is escaped too
-std::string displayable(std::string_view bytes, bool utf8);
+std::string displayable(std::string_view name, bool utf8);
 
 /// Columns that a text made by `displayable` takes; East Asian wide characters take two, combining ones none.
 size_t displayWidth(std::string_view text);

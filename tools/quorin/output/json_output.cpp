@@ -2,6 +2,7 @@
 
 #include "item/media_names.h"
 #include "output/base64.h"
+#include "output/credentials.h"
 #include "output/json_writer.h"
 
 namespace quorin_command {
@@ -110,7 +111,10 @@ const char* kindName(Kind kind) {
   return "error";
 }
 
-std::string uriInJson(const std::string& uri) { return isUtf8(uri) ? uri : base64(uri); }
+std::string uriInJson(const std::string& uri) {
+  const std::string shown = credentialsHidden(uri);
+  return isUtf8(shown) ? shown : base64(shown);
+}
 
 std::string jsonLine(const Record& record) {
   return jsonLine(record, [](JsonWriter&) {});

@@ -15,7 +15,7 @@ constexpr int recordVersion = 1;
 /// What a kind is called in records.
 const char* kindName(Kind kind);
 
-/// A URI as a record tells it: as it is, or as base64 when it is no UTF-8.
+/// A URI as a record tells it: without credentials; as it is, or as base64 when it is no UTF-8.
 std::string uriInJson(const std::string& uri);
 
 /// The record as one line of JSON, line end included. Names and meaning: docs/record.schema.json. What is not known is

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "output/base64.h"
+#include "output/credentials.h"
 
 namespace quorin_command {
 
@@ -16,7 +17,8 @@ bool isUtf8(std::string_view text) {
   return bits < 0x80 || utf8::is_valid(text.begin(), text.end());
 }
 
-void JsonWriter::value(std::string_view text) {
+void JsonWriter::value(std::string_view whole) {
+  const std::string text = credentialsHidden(whole);
   if (isUtf8(text)) {
     write(text);
     return;
@@ -27,9 +29,10 @@ void JsonWriter::value(std::string_view text) {
 }
 
 void JsonWriter::fileName(std::string_view called, const std::string& name) {
-  const bool isText = isUtf8(name);
+  const std::string shown = credentialsHidden(name);
+  const bool isText = isUtf8(shown);
   this->name(isText ? called : "path_b64");
-  write(isText ? name : base64(name));
+  write(isText ? shown : base64(shown));
 }
 
 void JsonWriter::write(std::string_view text) {

@@ -6,6 +6,7 @@
 
 #include "item/media_names.h"
 #include "output/base64.h"
+#include "output/credentials.h"
 #include "output/json_output.h"
 
 namespace quorin_command {
@@ -117,7 +118,7 @@ ScanRecord read(const Json& json) {
   }
   ScanRecord record;
   record.kind = kindOf(text(json.at("kind"), "kind"));
-  record.name = itemName(json);
+  record.name = credentialsHidden(itemName(json));  // others write records, too; and a page has names in parts
   readAudio(object(json, "audio"), record);
   record.note = noteOf(json);
   record.cause = text(member(object(json, "error"), "name"), "name");

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "item/media_names.h"
+#include "output/display_text.h"
+#include "output/terminal.h"
 #include "output/units.h"
 
 namespace quorin_command {
@@ -23,7 +25,7 @@ std::string listed(const Counts& counts) {
   std::stable_sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
   std::string text;
   for (const auto& [name, count] : sorted) {
-    text += fmt::format("{}{} {}", text.empty() ? "" : ", ", name, number(count));
+    text += fmt::format("{}{} {}", text.empty() ? "" : ", ", displayable(name, localeIsUtf8()), number(count));
   }
   return text;
 }
