@@ -93,7 +93,7 @@ const char* aboutItems() {
   return "A URI is a path, or file:, vdr2://, http:// or https://. A name that begins like\n"
          "a URI but is a file's is taken for the file unless it has '://'; write ./NAME to\n"
          "be sure, also for a file called like a command or '-'. Everything behind '--' is\n"
-         "a URI.\n";
+         "a URI. User and password in a URL show as '***' and go to its server alone.\n";
 }
 
 const std::vector<ExitStatusMeaning>& exitStatusMeanings() {
