@@ -111,7 +111,8 @@ static_assert(sizeof(void*) != 4 || sizeof(MdchOpenParams) == 9 * sizeof(uint32_
 /// leading "/" is the path of a local file. An opener registered by `md::registerUrlScheme` wins over a
 /// built-in one ("file", "vdr2", "http", "https" on the host).
 ///
-/// @param uri NUL-terminated; never null
+/// @param uri NUL-terminated; never null. User and password in it are for its server alone: neither another one nor the
+///   log is told
 /// @param params see MdchOpenParams
 /// @param url receives the source on 0 and on 154, and is left alone otherwise
 /// @return
