@@ -10,9 +10,8 @@ namespace quorin_command {
 ///
 /// User information ends at the last "@" in front of the first "/", "?" or "#", blanks and line ends included, which is
 /// what the URL layer takes it for. Where there is doubt, more is hidden: behind "http:" the slashes may be any number
-/// and turned the wrong way; "//" that does not go on a path begins a URL without scheme; and a password may hold a
-/// "/",
-/// "?" or "#" that somebody forgot to escape, when no port can be there.
+/// and turned the wrong way; "//" that does not go on a path begins a URL without scheme; and a password may hold what
+/// somebody forgot to escape ("/", "?", "#") when no port can be there.
 ///
 /// All that leaves the program passes by here, in `displayable` what is for people, in `JsonWriter` what is for
 /// programs.
