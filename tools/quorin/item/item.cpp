@@ -1,6 +1,10 @@
 #include "item/item.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <climits>
 #include <filesystem>
 #include <system_error>
 
@@ -24,10 +28,16 @@ std::string absolutePath(const std::string& path) {
   if (path.empty() || path.front() == '/') {
     return path;
   }
-  std::error_code error;
-  const std::filesystem::path folder = std::filesystem::current_path(error);
-  // Where the working folder is gone, the name alone is as good as any other.
-  return error ? path : (folder / withoutLeadingDots(path)).string();
+  // A scan asks for every file; std::filesystem takes longer for this than the analysis of a small one.
+  std::array<char, PATH_MAX> folder;
+  if (::getcwd(folder.data(), folder.size()) == nullptr) {
+    return path;  // the working folder is gone: the name alone is as good as any other
+  }
+  std::string absolute = folder.data();
+  if (absolute.back() != '/') {
+    absolute += '/';
+  }
+  return absolute.append(withoutLeadingDots(path));
 }
 
 int hexDigit(char c) {
