@@ -6,6 +6,7 @@
 #include "http/http_source.h"
 #include "http_client.h"
 #include "support/bytes.h"
+#include "support/range_answers.h"
 #include "support/raw_server.h"
 #include "url/openers.h"
 
@@ -19,26 +20,6 @@ HttpTexts withLimits(const std::string& limits) {
   HttpTexts texts;
   texts.limits = limits;
   return texts;
-}
-
-/// First and last offset of a request's Range line.
-std::pair<size_t, size_t> rangeOf(const std::string& request) {
-  const std::string range = headerOf(request, "Range");
-  const size_t dash = range.find('-');
-  return {std::stoul(range.substr(6, dash - 6)), std::stoul(range.substr(dash + 1))};
-}
-
-std::string partHeader(size_t first, size_t last, size_t total, const std::string& moreLines = "") {
-  return "HTTP/1.1 206 Partial Content\r\nContent-Range: bytes " + std::to_string(first) + '-' + std::to_string(last) +
-         '/' + std::to_string(total) + "\r\nContent-Length: " + std::to_string(last - first + 1) + "\r\n" + moreLines +
-         "\r\n";
-}
-
-/// The answer of a server that keeps its word.
-std::string part(const std::string& request, const std::string& item, const std::string& moreLines = "") {
-  const auto [first, asked] = rangeOf(request);
-  const size_t last = std::min(asked, item.size() - 1);
-  return partHeader(first, last, item.size(), moreLines) + item.substr(first, last - first + 1);
 }
 
 const std::string& longItem() {
