@@ -106,6 +106,15 @@ TEST(HttpFault, ARangeOfFewerBytesThanItsHeaderTellsIsAFailureToo) {
   EXPECT_EQ(read.status, SOURCE_TRUNCATED);
 }
 
+TEST(HttpFault, OfARangeOfMoreBytesThanItsHeaderTellsOnlyThoseAreTaken) {
+  const RawServer server("HTTP/1.1 206 Partial\r\nContent-Range: bytes 0-3/4\r\nContent-Length: 10\r\n\r\nfour, more");
+  const auto source = openedUrl(server.url());
+  EXPECT_EQ(sizeOf(*source), 4);
+  const HttpRead read = readOn(*source);
+  EXPECT_EQ(textOf(read.bytes), "four");
+  EXPECT_EQ(read.status, 0);
+}
+
 TEST(HttpFault, AServerThatGivesSmallerRangesThanAskedIsReadToTheEnd) {
   const RawServer server([](RawConnection& connection, const std::string& request, int) {
     const size_t first = rangeOf(request).first;

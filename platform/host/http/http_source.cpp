@@ -103,6 +103,10 @@ int HttpSource::requestRange(unsigned int wanted) {
 
 int HttpSource::receive() {
   const CURLcode result = transfer_->receive(received_);
+  const long long promised = rangeEnd_ - window_.end();
+  if (seekable_ && static_cast<long long>(received_.size()) > promised) {
+    received_.resize(static_cast<size_t>(promised));  // nobody knows what comes behind the Content-Range
+  }
   window_.append(received_);
   if (result == CURLE_OK && received_.empty() && seekable_ && window_.end() < rangeEnd_) {
     return SOURCE_TRUNCATED;  // fewer bytes than Content-Range told, though the response is complete in itself
