@@ -268,6 +268,23 @@ TEST(HttpFault, ABodyThatTricklesEndsByTheTotalLimit) {
   EXPECT_EQ(textOf(read.bytes).substr(0, 7), "trickle");
 }
 
+TEST(HttpFault, ABodyThatNeverRunsDryEndsByTheTotalLimit) {
+  const RawServer server([](RawConnection& connection, const std::string&, int) {
+    bool open = connection.send("HTTP/1.1 200 OK\r\n\r\n");
+    while (open) {
+      open = connection.send(std::string(65536, 'x'));
+    }
+    return false;
+  });
+  const auto source = openedUrl(server.url(), withLimits("stall=20;total=0.8"));
+  int status = 0;
+  for (int reads = 0; status == 0 && reads < 200; ++reads) {
+    status = readOn(*source, 65536).status;
+    std::this_thread::sleep_for(milliseconds(50));  // so that more is at hand whenever the reader asks
+  }
+  EXPECT_EQ(status, SOURCE_TIMED_OUT);
+}
+
 TEST(HttpFault, TheTimeThatTheReaderTakesIsNoStall) {
   const RawServer server(afterAGoodStart([](RawConnection& connection, const std::string& request, int) {
     return connection.send(part(request, longItem()));

@@ -155,15 +155,15 @@ void HttpTransfer::wait(const std::function<bool()>& ready, Clock::time_point un
       return;
     }
     collectResult();
-    if (!active_ || ready()) {
+    if (!active_) {
       return;
     }
     const Clock::time_point now = Clock::now();
-    if (now >= deadline()) {
+    if (now >= deadline()) {  // even when something is ready: a server that never runs dry must not outlast the limit
       end(CURLE_OPERATION_TIMEDOUT);
       return;
     }
-    if (now >= until) {
+    if (ready() || now >= until) {
       return;
     }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(
