@@ -104,13 +104,17 @@ TEST(HttpResponses, ALaterPartMustAgreeInTotalAndValidators) {
   first.etag = "\"a\"";
   first.lastModified = "Mon";
   HttpResponse later = partial(500, 599, 1000);
-  EXPECT_TRUE(isSameItem(first, later)) << "validators that only one carries tell nothing";
+  EXPECT_TRUE(isSameItem(partial(0, 99, 1000), later)) << "a server without validators tells no more than the total";
+  EXPECT_FALSE(isSameItem(first, later)) << "a version that had validators is not told by none";
   later.etag = "\"a\"";
+  EXPECT_TRUE(isSameItem(first, later)) << "one that agrees is enough";
   later.lastModified = "Mon";
   EXPECT_TRUE(isSameItem(first, later));
+  EXPECT_TRUE(isSameItem(partial(0, 99, 1000), later)) << "what only the later one carries tells nothing";
   later.etag = "\"b\"";
   EXPECT_FALSE(isSameItem(first, later));
   later.etag.clear();
+  EXPECT_TRUE(isSameItem(first, later));
   later.lastModified = "Tue";
   EXPECT_FALSE(isSameItem(first, later));
   EXPECT_FALSE(isSameItem(first, partial(500, 599, 1001)));

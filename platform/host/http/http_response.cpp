@@ -32,8 +32,21 @@ bool takeMark(std::string_view& text, char mark) {
   return true;
 }
 
-/// A validator that only one of two responses carries tells nothing.
-bool agree(const std::string& one, const std::string& other) { return one.empty() || other.empty() || one == other; }
+bool share(const std::string& one, const std::string& other) { return !one.empty() && one == other; }
+
+bool contradict(const std::string& one, const std::string& other) {
+  return !one.empty() && !other.empty() && one != other;
+}
+
+/// Whether the validators speak for the same version. One that only one of the responses carries tells nothing, but a
+/// version that had some is not told by none.
+bool validatorsAgree(const HttpResponse& first, const HttpResponse& later) {
+  if (contradict(first.etag, later.etag) || contradict(first.lastModified, later.lastModified)) {
+    return false;
+  }
+  const bool hadNone = first.etag.empty() && first.lastModified.empty();
+  return hadNone || share(first.etag, later.etag) || share(first.lastModified, later.lastModified);
+}
 
 }  // namespace
 
@@ -97,7 +110,7 @@ bool refusesRange(const HttpResponse& response) {
 
 bool isSameItem(const HttpResponse& first, const HttpResponse& later) {
   return first.contentRange && later.contentRange && first.contentRange->total == later.contentRange->total &&
-         agree(first.etag, later.etag) && agree(first.lastModified, later.lastModified);
+         validatorsAgree(first, later);
 }
 
 }  // namespace md::host
