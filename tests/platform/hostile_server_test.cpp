@@ -1,0 +1,388 @@
+// Servers that mean harm, at each stage of an answer: what opening and reading come to, when, and with how much memory.
+// What a server does by mistake is in http_fault_test.cpp; whole analyses are in
+// tests/network/hostile_network_test.cpp.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+
+#include "http_client.h"
+#include "support/bytes.h"
+#include "support/peak_memory.h"
+#include "support/range_answers.h"
+#include "support/raw_server.h"
+#include "url/openers.h"
+
+namespace quorin_test {
+namespace {
+
+using namespace md::host;
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+/// After its limit a call ends before this has passed, on a busy machine under qemu too. The limits that a test does
+/// not mean are far longer.
+constexpr milliseconds tolerance(15000);
+/// What the floods of these tests would exceed at once if anything kept them: they bring as much within milliseconds.
+constexpr size_t mostMemory = size_t{8} * 1024 * 1024;
+constexpr size_t sentOfTheBody = 1000;
+constexpr long long laterOffset = 50000;
+
+const std::string& longItem() {
+  static const std::string item = textOf(testBytes(100000));
+  return item;
+}
+
+HttpTexts withLimits(const std::string& limits) {
+  HttpTexts texts;
+  texts.limits = limits;
+  return texts;
+}
+
+// ---- where it goes wrong ----
+
+enum Place { BeforeTheStatusLine, WithinTheHeader, WithinTheBody };
+
+/// Where in the answers of a server something goes wrong.
+struct Stage {
+  const char* name;
+  int request;  ///< from which request on; 0 opens the item, 1 asks for a later range
+  Place place;
+};
+
+void PrintTo(const Stage& stage, std::ostream* out) { *out << stage.name; }
+
+const Stage stages[] = {
+    {"BeforeTheStatusLine", 0, BeforeTheStatusLine},
+    {"WithinTheHeader", 0, WithinTheHeader},
+    {"WithinTheBody", 0, WithinTheBody},
+    {"BeforeALaterStatusLine", 1, BeforeTheStatusLine},
+    {"WithinALaterHeader", 1, WithinTheHeader},
+    {"WithinALaterBody", 1, WithinTheBody},
+};
+
+/// As much of a good answer as comes before that place.
+std::string beginningOf(const std::string& answer, Place place) {
+  switch (place) {
+    case BeforeTheStatusLine:
+      return "";
+    case WithinTheHeader:
+      return answer.substr(0, answer.find('\n') + 1);
+    default:
+      return answer.substr(0, answer.find("\r\n\r\n") + 4 + sentOfTheBody);
+  }
+}
+
+using Harm = std::function<void(RawConnection&)>;
+
+RawServer::Script harming(const Stage& stage, const Harm& harm) {
+  return [=](RawConnection& connection, const std::string& request, int number) {
+    const std::string answer = part(request, longItem());
+    if (number < stage.request) {
+      return connection.send(answer);
+    }
+    if (connection.send(beginningOf(answer, stage.place))) {
+      harm(connection);
+    }
+    return false;
+  };
+}
+
+/// What became of an item.
+struct Outcome {
+  int open = 0;
+  int read = 0;  ///< the last read; 0 when opening failed
+  std::string bytes;
+  milliseconds inCalls{};       ///< the opening or the reads, whichever failed
+  milliseconds sinceOpening{};  ///< all of it
+};
+
+milliseconds since(Clock::time_point start) { return std::chrono::duration_cast<milliseconds>(Clock::now() - start); }
+
+/// Opens an item, reads it to its end or to its first failure: from the start, or, with `request` 1, from an offset
+/// that takes another request.
+Outcome outcomeOf(const RawServer& server, const std::string& limits, int request = 0) {
+  Outcome outcome;
+  const Clock::time_point opening = Clock::now();
+  const HttpOpened opened = openUrl(server.url(), withLimits(limits));
+  outcome.open = opened.code;
+  Clock::time_point start = opening;
+  if (opened.code == 0) {
+    start = Clock::now();
+    const HttpRead read = request == 0 ? readOn(*opened.url) : readAt(*opened.url, laterOffset, longItem().size());
+    outcome.read = read.status;
+    outcome.bytes = textOf(read.bytes);
+  }
+  outcome.inCalls = since(start);
+  outcome.sinceOpening = since(opening);
+  return outcome;
+}
+
+// ---- what a server does at any stage ----
+
+class HostileServer : public testing::TestWithParam<Stage> {
+ protected:
+  static Outcome meet(const Harm& harm, const std::string& limits) {
+    const RawServer server(harming(GetParam(), harm));
+    return outcomeOf(server, limits, GetParam().request);
+  }
+
+  /// @param open, readHeader, readBody the codes, by stage
+  static void expectCode(const Outcome& outcome, int open, int readHeader, int readBody) {
+    const bool opens = GetParam().request > 0 || GetParam().place == WithinTheBody;
+    EXPECT_EQ(outcome.open, opens ? 0 : open);
+    EXPECT_EQ(outcome.read, !opens ? 0 : GetParam().place == WithinTheBody ? readBody : readHeader);
+    const size_t offset = GetParam().request == 0 ? 0 : laterOffset;
+    const size_t sure = GetParam().place == WithinTheBody ? sentOfTheBody : 0;
+    EXPECT_EQ(outcome.bytes.substr(0, sentOfTheBody), longItem().substr(offset, sure)) << "and nothing else";
+  }
+};
+
+TEST_P(HostileServer, ThatFallsSilentIsLeftByTheStallLimit) {
+  const Outcome outcome = meet([](RawConnection& connection) { connection.hold(); }, "connect=60;stall=0.3");
+  expectCode(outcome, OPEN_TIMED_OUT, SOURCE_TIMED_OUT, SOURCE_TIMED_OUT);
+  EXPECT_GE(outcome.inCalls, milliseconds(300));
+  EXPECT_LT(outcome.inCalls, milliseconds(300) + tolerance);
+}
+
+TEST_P(HostileServer, ThatFallsSilentIsLeftByTheTotalLimit) {
+  const Outcome outcome = meet([](RawConnection& connection) { connection.hold(); }, "connect=60;stall=60;total=1");
+  expectCode(outcome, OPEN_TIMED_OUT, SOURCE_TIMED_OUT, SOURCE_TIMED_OUT);
+  EXPECT_GE(outcome.sinceOpening, milliseconds(1000));
+  EXPECT_LT(outcome.sinceOpening, milliseconds(1000) + tolerance);
+}
+
+TEST_P(HostileServer, ThatTricklesIsLeftByTheTotalLimit) {
+  const char* const endless[] = {"HTTP/1.1 103 Early Hints\r\n\r\n", "X: 1\r\n", "some bytes"};
+  const std::string drops = endless[GetParam().place];
+  const Outcome outcome = meet(
+      [drops](RawConnection& connection) {
+        while (connection.trickle(drops, milliseconds(5))) {
+        }
+      },
+      "connect=60;stall=60;total=1");
+  expectCode(outcome, OPEN_TIMED_OUT, SOURCE_TIMED_OUT, SOURCE_TIMED_OUT);
+  EXPECT_GE(outcome.sinceOpening, milliseconds(1000));
+  EXPECT_LT(outcome.sinceOpening, milliseconds(1000) + tolerance);
+}
+
+TEST_P(HostileServer, ThatBreaksTheConnectionIsLeftAtOnce) {
+  const Outcome outcome = meet([](RawConnection& connection) { connection.reset(); }, "connect=60;stall=60");
+  expectCode(outcome, OPEN_HTTP_CLIENT_ERROR, SOURCE_READ_FAILED, SOURCE_READ_FAILED);
+  EXPECT_LT(outcome.sinceOpening, tolerance);
+}
+
+TEST_P(HostileServer, ThatClosesTheConnectionIsLeftAtOnce) {
+  const Outcome outcome = meet([](RawConnection&) {}, "connect=60;stall=60");
+  expectCode(outcome, OPEN_HTTP_CLIENT_ERROR, SOURCE_READ_FAILED, SOURCE_TRUNCATED);
+  EXPECT_LT(outcome.sinceOpening, tolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stages, HostileServer, testing::ValuesIn(stages),
+                         [](const testing::TestParamInfo<Stage>& stage) { return stage.param.name; });
+
+// ---- headers without end ----
+
+struct Flood {
+  const char* name;
+  std::string before;  ///< once
+  std::string piece;   ///< without end
+};
+
+void PrintTo(const Flood& flood, std::ostream* out) { *out << flood.name; }
+
+class HostileHeader : public testing::TestWithParam<Flood> {
+ protected:
+  static Outcome meet(int request) {
+    const Flood flood = GetParam();
+    const RawServer server([flood, request](RawConnection& connection, const std::string& text, int number) {
+      if (number < request) {
+        return connection.send(part(text, longItem()));
+      }
+      bool open = connection.send(flood.before);
+      while (open) {
+        open = connection.send(flood.piece);
+      }
+      return false;
+    });
+    const PeakMemory memory;
+    const Outcome outcome = outcomeOf(server, "connect=60;stall=60", request);
+    EXPECT_LT(outcome.sinceOpening, tolerance);
+    if (PeakMemory::measures()) {
+      EXPECT_LT(memory.growth(), mostMemory);
+    }
+    return outcome;
+  }
+};
+
+const Flood headerFloods[] = {
+    {"Lines", "HTTP/1.1 206 Partial Content\r\n", "X-More: and more and more\r\n"},
+    {"OneLine", "HTTP/1.1 206 Partial Content\r\nX-Long: ", std::string(4096, 'x')},
+    {"FoldedLines", "HTTP/1.1 206 Partial Content\r\nX-Long: x\r\n", " and more and more\r\n"},
+    {"StatusLine", "HTTP/1.1 206 ", std::string(4096, 'x')},
+    {"InterimResponses", "", "HTTP/1.1 100 Continue\r\n\r\n"},
+    {"InterimResponsesWithLines", "", "HTTP/1.1 103 Early Hints\r\nLink: </x>\r\n\r\n"},
+    {"NoHttpAtAll", "", std::string(4096, 'x')},
+    {"Nothing", "", std::string(4096, '\0')},
+    {"EmptyLines", "", "\r\n\r\n\r\n\r\n\r\n\r\n\r\n\r\n"},
+};
+
+TEST_P(HostileHeader, WithoutEndOpensNothing) { EXPECT_EQ(meet(0).open, OPEN_HTTP_CLIENT_ERROR); }
+
+TEST_P(HostileHeader, WithoutEndOfALaterRangeIsAFailure) {
+  const Outcome outcome = meet(1);
+  EXPECT_EQ(outcome.open, 0);
+  EXPECT_EQ(outcome.read, SOURCE_READ_FAILED);
+  EXPECT_EQ(outcome.bytes, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Floods, HostileHeader, testing::ValuesIn(headerFloods),
+                         [](const testing::TestParamInfo<Flood>& flood) { return flood.param.name; });
+
+// ---- bodies without end ----
+
+class HostileBody : public testing::TestWithParam<Flood> {
+ protected:
+  /// Reads as long as it is let.
+  static Outcome meet(const std::string& limits) {
+    const Flood flood = GetParam();
+    const RawServer server([flood](RawConnection& connection, const std::string&, int) {
+      bool open = connection.send("HTTP/1.1 200 OK\r\n" + flood.before);
+      while (open) {
+        open = connection.send(flood.piece);
+      }
+      return false;
+    });
+    const PeakMemory memory;
+    Outcome outcome;
+    const Clock::time_point opening = Clock::now();
+    const auto source = openedUrl(server.url(), withLimits(limits));
+    Bytes buffer(4096);
+    unsigned int got = 1;
+    while (outcome.read == 0 && got != 0) {
+      outcome.read = source->read(buffer.data(), static_cast<unsigned int>(buffer.size()), got);
+    }
+    outcome.sinceOpening = since(opening);
+    if (PeakMemory::measures()) {
+      EXPECT_LT(memory.growth(), mostMemory);
+    }
+    return outcome;
+  }
+};
+
+const std::string chunked = "Transfer-Encoding: chunked\r\n\r\n";
+
+const Flood bodyFloods[] = {
+    {"Bytes", "\r\n", std::string(65536, 'x')},
+    {"BytesOfAnAbsurdLength", "Content-Length: 9223372036854775807\r\n\r\n", std::string(65536, 'x')},
+    {"Chunks", chunked, "4\r\nfour\r\n"},
+    {"ChunkExtension", chunked + "4;x=", std::string(4096, 'x')},
+};
+
+TEST_P(HostileBody, WithoutEndIsLeftByTheTotalLimit) {
+  const Outcome outcome = meet("connect=60;stall=60;total=1");
+  EXPECT_EQ(outcome.read, SOURCE_TIMED_OUT);
+  EXPECT_GE(outcome.sinceOpening, milliseconds(1000));
+  EXPECT_LT(outcome.sinceOpening, milliseconds(1000) + tolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(Floods, HostileBody, testing::ValuesIn(bodyFloods),
+                         [](const testing::TestParamInfo<Flood>& flood) { return flood.param.name; });
+
+// ---- lies about lengths ----
+
+struct Lie {
+  const char* name;
+  std::string answer;  ///< to the first request, and to any other
+  int open;
+  std::string bytes;  ///< what is read of it
+  int read;
+};
+
+void PrintTo(const Lie& lie, std::ostream* out) { *out << lie.name; }
+
+const std::string whole = "HTTP/1.1 200 OK\r\n";
+
+const Lie lies[] = {
+    {"LongerThanTheBody", whole + "Content-Length: 9\r\n\r\nbody", 0, "body", SOURCE_TRUNCATED},
+    {"ShorterThanTheBody", whole + "Content-Length: 2\r\n\r\nbody", 0, "bo", 0},
+    {"Zero", whole + "Content-Length: 0\r\n\r\nbody", 0, "", 0},
+    {"Negative", whole + "Content-Length: -4\r\n\r\nbody", OPEN_HTTP_CLIENT_ERROR, "", 0},
+    {"NoNumber", whole + "Content-Length: four\r\n\r\nbody", OPEN_HTTP_CLIENT_ERROR, "", 0},
+    {"TooLargeForAnyNumber", whole + "Content-Length: 99999999999999999999\r\n\r\nbody", 0, "body", 0},
+    {"TwiceDifferent", whole + "Content-Length: 4\r\nContent-Length: 2\r\n\r\nbody", 0, "bo", 0},
+    {"TwiceTheSame", whole + "Content-Length: 4\r\nContent-Length: 4\r\n\r\nbody", 0, "body", 0},
+    {"BesideChunks", whole + "Content-Length: 2\r\n" + chunked + "4\r\nbody\r\n0\r\n\r\n", 0, "body", 0},
+    {"ChunkNegative", whole + chunked + "4\r\nbody\r\n-1\r\nmore", 0, "body", SOURCE_READ_FAILED},
+    {"ChunkTooLargeForAnyNumber", whole + chunked + "4\r\nbody\r\nfffffffffffffffff\r\n", 0, "body",
+     SOURCE_READ_FAILED},
+    {"ChunkAbsurd", whole + chunked + "4\r\nbody\r\n7fffffffffffffff\r\nmore", 0, "bodymore", SOURCE_TRUNCATED},
+    {"ChunkEmpty", whole + chunked + "4\r\nbody\r\n\r\n", 0, "body", SOURCE_READ_FAILED},
+    {"ChunkLongerThanItsSize", whole + chunked + "4\r\nbody, more\r\n0\r\n\r\n", 0, "body", SOURCE_READ_FAILED},
+    {"NotChunkedAtAll", whole + chunked + "stuff", 0, "", SOURCE_READ_FAILED},
+    {"RangeLongerThanItself", partHeader(0, 3, 9) + "body, more", 0, "body", SOURCE_CHANGED},
+    {"RangeOfAMuchLargerItem", partHeader(0, 3, size_t{1} << 31) + "body", 0, "body", SOURCE_CHANGED},
+    {"RangeMissing", "HTTP/1.1 206 Partial\r\nContent-Length: 4\r\n\r\nbody", OPEN_HTTP_CLIENT_ERROR, "", 0},
+    {"RangeFromElsewhere", partHeader(4, 7, 9) + "body", OPEN_HTTP_CLIENT_ERROR, "", 0},
+    {"RangeBeyondTheTotal", partHeader(0, 3, 2) + "body", OPEN_HTTP_CLIENT_ERROR, "", 0},
+    {"RangeTooLargeForAnyNumber",
+     "HTTP/1.1 206 Partial\r\nContent-Range: bytes 0-3/99999999999999999999\r\nContent-Length: 4\r\n\r\nbody",
+     OPEN_HTTP_CLIENT_ERROR, "", 0},
+};
+
+/// The answer to each request is the same, so that an item that goes on behind its first range is told to have changed.
+class HostileLength : public testing::TestWithParam<Lie> {};
+
+TEST_P(HostileLength, DeliversNothingButWhatWasPromised) {
+  const RawServer server(GetParam().answer);
+  const Outcome outcome = outcomeOf(server, "connect=60;stall=60");
+  EXPECT_EQ(outcome.open, GetParam().open);
+  EXPECT_EQ(outcome.bytes, GetParam().bytes);
+  EXPECT_EQ(outcome.read, GetParam().read);
+  EXPECT_LT(outcome.sinceOpening, tolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lies, HostileLength, testing::ValuesIn(lies),
+                         [](const testing::TestParamInfo<Lie>& lie) { return lie.param.name; });
+
+// ---- an item that becomes another ----
+
+/// Two items of one size, which a server delivers in turn, with what it says about each.
+struct Switch {
+  const char* name;
+  std::string linesOfOne;
+  std::string linesOfTheOther;
+  size_t sizeOfTheOther;
+};
+
+void PrintTo(const Switch& change, std::ostream* out) { *out << change.name; }
+
+const Switch switches[] = {
+    {"AnotherETag", "ETag: \"1\"\r\n", "ETag: \"2\"\r\n", 100000},
+    {"AWeakETag", "ETag: W/\"1\"\r\n", "ETag: W/\"2\"\r\n", 100000},
+    {"NoETagAnyMore", "ETag: \"1\"\r\n", "", 100000},
+    {"AnotherTime", "Last-Modified: Mon, 01 Jan 2024 00:00:00 GMT\r\n",
+     "Last-Modified: Mon, 01 Jan 2024 00:00:01 GMT\r\n", 100000},
+    {"ATimeInsteadOfAnETag", "ETag: \"1\"\r\n", "Last-Modified: Mon, 01 Jan 2024 00:00:00 GMT\r\n", 100000},
+    {"ALargerSize", "", "", 100001},
+    {"ASmallerSize", "", "", 99999},
+};
+
+class HostileSwitch : public testing::TestWithParam<Switch> {};
+
+TEST_P(HostileSwitch, NeverMixesTheBytesOfTwoItems) {
+  const std::string other = textOf(testBytes(GetParam().sizeOfTheOther, 2));
+  const RawServer server([&](RawConnection& connection, const std::string& request, int number) {
+    return connection.send(number % 2 == 0 ? part(request, longItem(), GetParam().linesOfOne)
+                                           : part(request, other, GetParam().linesOfTheOther));
+  });
+  const Outcome outcome = outcomeOf(server, "connect=60;stall=60");
+  EXPECT_EQ(outcome.read, SOURCE_CHANGED);
+  EXPECT_EQ(outcome.bytes, longItem().substr(0, 16384)) << "what the first answer brought";
+}
+
+INSTANTIATE_TEST_SUITE_P(Switches, HostileSwitch, testing::ValuesIn(switches),
+                         [](const testing::TestParamInfo<Switch>& change) { return change.param.name; });
+
+}  // namespace
+}  // namespace quorin_test
