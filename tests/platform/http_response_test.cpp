@@ -87,6 +87,19 @@ TEST(HttpHeaderBlock, TakesAHeaderUpToTheLimitInterimResponsesIncluded) {
   EXPECT_GT(taken, md::host::largestHeader - interim.size() - 2);
 }
 
+TEST(HttpHeaderBlock, TakesNoTransferCodingButChunks) {
+  for (const char* line :
+       {"Transfer-Encoding: chunked\r\n", "transfer-encoding:CHUNKED\n", "Transfer-Encoding: identity\r\n",
+        "Content-Encoding: gzip\r\n", "X-Transfer-Encoding: gzip\r\n", "Transfer-Encoding\r\n"}) {
+    EXPECT_TRUE(HeaderBlock().add(line)) << line;
+  }
+  for (const char* line :
+       {"Transfer-Encoding: gzip\r\n", "TRANSFER-ENCODING:deflate\n", "Transfer-Encoding: gzip, chunked\r\n",
+        "Transfer-Encoding: \t br \r\n", "Transfer-Encoding:\r\n"}) {
+    EXPECT_FALSE(HeaderBlock().add(line)) << line;
+  }
+}
+
 TEST(HttpResponses, OnlyAPartFromTheStartOfAKnownTotalOpensSeekable) {
   EXPECT_TRUE(opensSeekable(partial(0, 99, 1000)));
   EXPECT_FALSE(opensSeekable(partial(1, 99, 1000)));

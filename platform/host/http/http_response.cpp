@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <charconv>
 
 namespace md::host {
@@ -32,6 +33,23 @@ bool takeMark(std::string_view& text, char mark) {
   return true;
 }
 
+bool equalIgnoringCase(std::string_view text, std::string_view other) {
+  return text.size() == other.size() && strncasecmp(text.data(), other.data(), other.size()) == 0;
+}
+
+/// Whether the body travels in a form that no request asks for (RFC 9112, section 6.1).
+bool tellsUnwantedCoding(std::string_view line) {
+  constexpr std::string_view blanks = " \t\r\n";
+  const size_t colon = line.find(':');
+  if (colon == std::string_view::npos || !equalIgnoringCase(line.substr(0, colon), "Transfer-Encoding")) {
+    return false;
+  }
+  std::string_view coding = line.substr(colon + 1);
+  coding.remove_prefix(std::min(coding.find_first_not_of(blanks), coding.size()));
+  coding = coding.substr(0, coding.find_last_not_of(blanks) + 1);
+  return !equalIgnoringCase(coding, "chunked") && !equalIgnoringCase(coding, "identity");
+}
+
 bool share(const std::string& one, const std::string& other) { return !one.empty() && one == other; }
 
 bool contradict(const std::string& one, const std::string& other) {
@@ -57,6 +75,9 @@ bool HeaderBlock::add(std::string_view line) {
   }
   if (complete_) {
     return true;
+  }
+  if (tellsUnwantedCoding(line)) {
+    return false;
   }
   lines_.emplace_back(line);
   const bool ends = line == "\r\n" || line == "\n";

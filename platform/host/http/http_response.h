@@ -20,7 +20,8 @@ constexpr size_t largestHeader = size_t{256} * 1024;
 class HeaderBlock {
  public:
   /// Takes the next line, line end included.
-  /// @return false when a limit is exceeded
+  /// @return false when a limit is exceeded, and when the body comes compressed for its way (Transfer-Encoding), which
+  ///         libcurl would undo although nobody asked, into any amount of memory
   bool add(std::string_view line);
 
   /// Whether the empty line that ends the header of the final response has come.
