@@ -13,7 +13,7 @@
 #include "support/icy_stream.h"
 #include "support/id3_bytes.h"
 #include "support/mpeg_bytes.h"
-#include "support/peak_memory.h"
+#include "support/process_resources.h"
 #include "support/range_answers.h"
 #include "support/run_command.h"
 #include "support/temporary_folder.h"
@@ -57,7 +57,7 @@ Outcome analyze(const std::string& url, const std::string& limits = "connect=60;
   const Clock::time_point start = Clock::now();
   outcome.status = Analyzer(Analyzer::MODE_AUDIO).analyze(params, outcome.result);
   outcome.took = Clock::now() - start;
-  if (PeakMemory::measures()) {
+  if (runsNatively()) {
     EXPECT_LT(memory.growth(), mostMemory);
   }
   return outcome;

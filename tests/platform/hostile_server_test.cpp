@@ -8,7 +8,7 @@
 #include "http_client.h"
 #include "support/bytes.h"
 #include "support/hostile_script.h"
-#include "support/peak_memory.h"
+#include "support/process_resources.h"
 #include "support/range_answers.h"
 #include "support/raw_server.h"
 #include "support/time_limit.h"
@@ -154,7 +154,7 @@ class HostileHeader : public testing::TestWithParam<Flood> {
     const PeakMemory memory;
     const Outcome outcome = outcomeOf(server, "connect=60;stall=60", request);
     EXPECT_LT(outcome.sinceOpening, limitTolerance);
-    if (PeakMemory::measures()) {
+    if (runsNatively()) {
       EXPECT_LT(memory.growth(), mostMemory);
     }
     return outcome;
@@ -209,7 +209,7 @@ class HostileBody : public testing::TestWithParam<Flood> {
       outcome.read = source->read(buffer.data(), static_cast<unsigned int>(buffer.size()), got);
     }
     outcome.sinceOpening = Clock::now() - opening;
-    if (PeakMemory::measures()) {
+    if (runsNatively()) {
       EXPECT_LT(memory.growth(), mostMemory);
     }
     return outcome;
@@ -245,7 +245,7 @@ TEST(HostileTrailers, WithoutEndAreAFailure) {
   EXPECT_EQ(outcome.bytes, "body");
   EXPECT_EQ(outcome.read, SOURCE_READ_FAILED);
   EXPECT_LT(outcome.sinceOpening, limitTolerance);
-  if (PeakMemory::measures()) {
+  if (runsNatively()) {
     EXPECT_LT(memory.growth(), mostMemory);
   }
 }
