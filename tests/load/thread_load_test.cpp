@@ -75,10 +75,10 @@ void changeMedia(const LoadItems& items, int number) {
   vdir2MediaRegister(("OTHER-" + std::to_string(number % 8)).c_str(), items.folder().path().c_str());
 }
 
-void changeDebug(std::atomic<unsigned long>& logged, int number) {
-  obq::setDebugLevel(libraryModule, number % 4 == 0 ? 5000 : 3000);
+void changeDebug(std::atomic<unsigned long>& logged, size_t number) {
+  constexpr uint32_t levels[] = {0, 3000, 5000};
   obq::setDebugSink([&logged](uint32_t, uint32_t, std::string_view text) { logged += text.size(); });
-  obq::setDebugLevel(libraryModule, 0);
+  obq::setDebugLevel(libraryModule, levels[number % 3]);
 }
 
 /// Items of every kind, those of the changing medium included.
@@ -110,7 +110,7 @@ TEST(ThreadLoad, AnalysesAreTheSameWhileWhatTheyShareChanges) {
     const Meanwhile schemes([&] { changeSchemes(items); });
     const Meanwhile translators(changeTranslators);
     const Meanwhile media([&] { changeMedia(items, number++); });
-    const Meanwhile debug([&logged, level = 0]() mutable { changeDebug(logged, level++); });
+    const Meanwhile debug([&logged, next = size_t{0}]() mutable { changeDebug(logged, next++); });
     std::vector<std::thread> threads;
     for (size_t thread = 0; thread < threadCount; ++thread) {
       threads.emplace_back([&, thread] {
@@ -130,6 +130,7 @@ TEST(ThreadLoad, AnalysesAreTheSameWhileWhatTheyShareChanges) {
       EXPECT_GT(change->count(), 1) << "nothing changed meanwhile";
     }
   }
+  obq::setDebugLevel(libraryModule, 0);
   obq::setDebugSink(obq::DebugSink());
   EXPECT_EQ(wrong, 0U);
   EXPECT_GT(logged, 0U);
