@@ -73,7 +73,7 @@ std::string hiddenOnce(std::string_view text) {
   Finder finder(text);
   std::string shown;
   size_t copied = 0;
-  for (size_t at = text.find_first_of(slashes); finder.last() != nowhere && at < finder.last();) {
+  for (size_t at = text.find_first_of(slashes); at < finder.last();) {
     const size_t begin = authorityBehind(text, at);
     const size_t end = begin <= finder.last() ? finder.endOfCredentials(begin) : nowhere;
     if (end != nowhere) {
@@ -88,6 +88,9 @@ std::string hiddenOnce(std::string_view text) {
 }  // namespace
 
 std::string credentialsHidden(std::string_view text) {
+  if (text.find('@') == nowhere) {
+    return std::string(text);
+  }
   const std::string shown = hiddenOnce(text);
   // With a cut password, the end of an authority in front of it may have gone, too.
   return shown == text ? shown : hiddenOnce(shown);
