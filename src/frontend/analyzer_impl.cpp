@@ -160,8 +160,7 @@ int Analyzer::Impl::offerToChain(strell::OpenParams const& params, int status, A
     return status;
   }
   QUORIN_LOG(Info, "Analyzer::Impl::%s() unknown type '%s'.\n", name, params.uri.c_str());
-  result.info = boost::make_shared<Info>();
-  result.info->mimeType = MimeTypes::ApplicationUnknown;
+  result.info = makeInfo(MimeTypes::ApplicationUnknown);
   return status;
 }
 

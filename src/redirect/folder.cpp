@@ -2,13 +2,13 @@
 
 #include <dirent.h>
 
-#include <boost/make_shared.hpp>
 #include <string>
 #include <string_view>
 
 #include "framework/ascii_case.h"
 #include "framework/log.h"
 #include "quorin/mime_types.h"
+#include "redirect/redirect_info.h"
 #include "vdir2.h"
 
 namespace zu::md::common::quorin {
@@ -73,8 +73,7 @@ bool isFolder(const std::string& uri) {
 
 void checkIfFolder(strell::OpenParams const& params, AnalyzeResult& result) {
   if (isFolder(params.uri)) {
-    result.info = boost::make_shared<Info>();
-    result.info->mimeType = MimeTypes::ApplicationFolder;
+    result.info = makeInfo(MimeTypes::ApplicationFolder);
   }
 }
 

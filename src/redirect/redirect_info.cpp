@@ -4,6 +4,12 @@
 
 namespace zu::md::common::quorin {
 
+boost::shared_ptr<Info> makeInfo(const std::string& mimeType) {
+  const auto info = boost::make_shared<Info>();
+  info->mimeType = mimeType;
+  return info;
+}
+
 boost::shared_ptr<Info> makeRedirect(const std::string& mimeType, const std::string& contentType,
                                      const std::string& url) {
   const auto redirect = boost::make_shared<RedirectInfo>();
