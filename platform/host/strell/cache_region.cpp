@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace zu::md::common::strell {
@@ -27,11 +28,16 @@ bool CacheRegion::fetch(AudioStream& stream, uint64_t offset, uint64_t length) {
 
 void CacheRegion::keep(uint64_t offset, const unsigned char* bytes, unsigned int count) {
   const unsigned int kept = offset == end() ? std::min(count, capacity_ - size_) : 0;
-  if (kept != 0) {
-    reserve(fillLevel(size_ + kept));
-    std::memcpy(bytes_.get() + size_, bytes, kept);
-    size_ += kept;
+  if (kept == 0) {
+    return;
   }
+  try {
+    reserve(fillLevel(size_ + kept));
+  } catch (const std::bad_alloc&) {
+    return;  // the bytes are on their way to the player, who is not to miss them
+  }
+  std::memcpy(bytes_.get() + size_, bytes, kept);
+  size_ += kept;
 }
 
 unsigned int CacheRegion::atHand(uint64_t offset) const {

@@ -27,7 +27,8 @@ class CacheRegion {
   ///   remembered; or when the stream fails, which is met again by the next call
   bool fetch(AudioStream& stream, uint64_t offset, uint64_t length);
 
-  /// Takes over bytes of the stream that were read elsewhere, if they continue the region and as far as they fit.
+  /// Takes over bytes of the stream that were read elsewhere, if they continue the region and as far as they fit
+  /// and memory allows.
   void keep(uint64_t offset, const unsigned char* bytes, unsigned int count);
 
   /// Number of bytes held from `offset` on.

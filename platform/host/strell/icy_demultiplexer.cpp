@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace zu::md::common::strell {
@@ -35,9 +36,10 @@ unsigned int IcyDemultiplexer::separate(unsigned char* bytes, unsigned int count
 
 void IcyDemultiplexer::handOut(long long last, std::vector<IcyData>& icy) {
   while (!kept_.empty() && kept_.front().offset <= last) {
-    keptBytes_ -= keptCost(kept_.front());
+    const size_t cost = keptCost(kept_.front());
     icy.push_back(std::move(kept_.front()));
     kept_.pop_front();
+    keptBytes_ -= cost;
   }
 }
 
@@ -53,20 +55,35 @@ unsigned int IcyDemultiplexer::takeAudio(unsigned char* to, const unsigned char*
 
 unsigned int IcyDemultiplexer::takeBlock(const unsigned char* from, unsigned int count) {
   const unsigned int taken = std::min(count, blockLeft_);
-  block_.append(from, from + taken);
   blockLeft_ -= taken;
+  try {
+    addToBlock(from, taken);
+  } catch (const std::bad_alloc&) {
+    blockLost_ = true;  // a title is missed rather than the sound around it
+  }
   if (blockLeft_ == 0) {
-    keepBlock();
+    block_.clear();
+    blockLost_ = false;
   }
   return taken;
 }
 
+void IcyDemultiplexer::addToBlock(const unsigned char* from, unsigned int count) {
+  if (blockLost_) {
+    return;
+  }
+  block_.append(from, from + count);
+  if (blockLeft_ == 0) {
+    keepBlock();
+  }
+}
+
 void IcyDemultiplexer::keepBlock() {
   IcyData block{audioOffset_, block_.substr(0, block_.find('\0'))};
-  block_.clear();
-  if (!block.text.empty() && keptBytes_ + keptCost(block) <= maxKeptBytes) {
-    keptBytes_ += keptCost(block);
+  const size_t cost = keptCost(block);
+  if (!block.text.empty() && keptBytes_ + cost <= maxKeptBytes) {
     kept_.push_back(std::move(block));
+    keptBytes_ += cost;
   }
 }
 

@@ -25,7 +25,8 @@ class IcyDemultiplexer {
   /// @param metaint above 0
   explicit IcyDemultiplexer(unsigned int metaint) : metaint_(metaint), untilBlock_(metaint) {}
 
-  /// Takes the next `count` bytes of the stream and moves the audio among them to the front of `bytes`.
+  /// Takes the next `count` bytes of the stream and moves the audio among them to the front of `bytes`. Does not
+  /// throw: a block for which there is no memory is dropped.
   /// @return number of audio bytes
   unsigned int separate(unsigned char* bytes, unsigned int count);
 
@@ -35,12 +36,14 @@ class IcyDemultiplexer {
  private:
   unsigned int takeAudio(unsigned char* to, const unsigned char* from, unsigned int count);
   unsigned int takeBlock(const unsigned char* from, unsigned int count);
+  void addToBlock(const unsigned char* from, unsigned int count);
   void keepBlock();
 
   unsigned int metaint_;
   unsigned int untilBlock_;     ///< audio bytes before the next length byte
   unsigned int blockLeft_ = 0;  ///< bytes of the current block that are still to come
   long long audioOffset_ = 0;   ///< audio bytes so far
+  bool blockLost_ = false;      ///< there was no memory for the current block
   std::string block_;           ///< the current block so far
   std::deque<IcyData> kept_;
   size_t keptBytes_ = 0;
