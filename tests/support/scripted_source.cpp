@@ -20,6 +20,12 @@ int faultOf(const std::map<int, int>& faults, int call, int every = 0) {
 
 }  // namespace
 
+void SourceCalls::reserve(size_t count) {
+  readLengths.reserve(count);
+  readOffsets.reserve(count);
+  seekTargets.reserve(count);
+}
+
 ScriptedSource::ScriptedSource(SourceScript s) : script(std::move(s)) {}
 
 ScriptedSource::~ScriptedSource() = default;

@@ -45,6 +45,9 @@ struct SourceCalls {
   std::vector<unsigned int> readLengths;  ///< what each read asked for
   std::vector<long long> readOffsets;     ///< where each read began
   std::vector<long long> seekTargets;
+
+  /// Makes room, so that this many calls of each kind are counted without allocating.
+  void reserve(size_t count);
 };
 
 /// A source that keeps the contract of MdchUrlBase, delivers bytes from memory and fails where its script says so.

@@ -6,18 +6,24 @@
 namespace quorin_test {
 
 thread_local int allocationsLeft = never;
+thread_local bool onlyOneFails = false;
 thread_local unsigned long allocations = 0;
+thread_local unsigned long failedAllocations = 0;
+thread_local long liveAllocations = 0;
 
 namespace {
 
 void* allocate(std::size_t size) {
   if (allocationsLeft == 0) {
+    allocationsLeft = onlyOneFails ? never : 0;
+    ++failedAllocations;
     return nullptr;
   }
   if (allocationsLeft != never) {
     --allocationsLeft;
   }
   ++allocations;
+  ++liveAllocations;
   return std::malloc(size == 0 ? 1 : size);
 }
 
@@ -29,6 +35,11 @@ void* allocateOrThrow(std::size_t size) {
   return memory;
 }
 
+void release(void* memory) {
+  liveAllocations -= memory == nullptr ? 0 : 1;
+  std::free(memory);
+}
+
 }  // namespace
 }  // namespace quorin_test
 
@@ -36,7 +47,7 @@ void* operator new(std::size_t size) { return quorin_test::allocateOrThrow(size)
 void* operator new[](std::size_t size) { return quorin_test::allocateOrThrow(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return quorin_test::allocate(size); }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return quorin_test::allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { quorin_test::release(memory); }
+void operator delete[](void* memory) noexcept { quorin_test::release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { quorin_test::release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { quorin_test::release(memory); }
