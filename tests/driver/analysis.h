@@ -19,7 +19,9 @@ struct Analysis {
     run(analyzer, uri);
   }
 
-  Analysis(zu::md::common::quorin::Analyzer& analyzer, const std::string& uri) { run(analyzer, uri); }
+  Analysis(zu::md::common::quorin::Analyzer& analyzer, const std::string& uri, uint32_t mostVerbose = 5000) {
+    run(analyzer, uri, mostVerbose);
+  }
 
   /// The value of a line of the answer; empty when the answer has none.
   std::string value(const std::string& name) const {
@@ -51,10 +53,10 @@ struct Analysis {
   std::string log;     ///< as `LogCapture::dump` puts it
 
  private:
-  void run(zu::md::common::quorin::Analyzer& analyzer, const std::string& uri) {
+  void run(zu::md::common::quorin::Analyzer& analyzer, const std::string& uri, uint32_t mostVerbose = 5000) {
     zu::md::common::strell::OpenParams params;
     params.uri = uri;
-    const LogCapture capture;
+    const LogCapture capture(mostVerbose);
     status = analyzer.analyze(params, result);
     log = capture.dump();
     answer = describe(result ? result->info.get() : nullptr);

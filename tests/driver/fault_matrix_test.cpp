@@ -16,6 +16,7 @@
 
 #include "analysis.h"
 #include "fault_samples.h"
+#include "obq/debug.h"
 #include "outcome_record.h"
 #include "soundness.h"
 #include "support/bytes.h"
@@ -42,7 +43,9 @@ struct Outcome {
 /// A sample's item, to be analysed over sources that fail in different ways.
 class Item {
  public:
-  explicit Item(const FaultSample& sample) : header_(sample.header) {}
+  /// @param mostVerbose level of the library's lines that are listened to
+  explicit Item(const FaultSample& sample, uint32_t mostVerbose = 5000)
+      : header_(sample.header), mostVerbose_(mostVerbose) {}
 
   Outcome analyze(const SourceScript& script) const {
     Analyzer fresh(Analyzer::MODE_AUDIO);
@@ -64,10 +67,10 @@ class Item {
     return analyzeSource(analyzer, source, source->source.calls);
   }
 
-  static Outcome analyzeSource(Analyzer& analyzer, const boost::shared_ptr<MdchUrlBase>& source,
-                               const SourceCalls& calls) {
+  Outcome analyzeSource(Analyzer& analyzer, const boost::shared_ptr<MdchUrlBase>& source,
+                        const SourceCalls& calls) const {
     const ScriptedScheme scheme("fault", [source](const std::string&) { return ScriptedScheme::Answer{0, source}; });
-    Outcome outcome = {Analysis(analyzer, "fault:item"), calls};
+    Outcome outcome = {Analysis(analyzer, "fault:item", mostVerbose_), calls};
     if (outcome.analysis.result->strell) {
       outcome.analysis.result->strell->tell(outcome.playedFrom);
     }
@@ -75,6 +78,7 @@ class Item {
   }
 
   std::deque<std::string> header_;
+  uint32_t mostVerbose_;
 };
 
 SourceScript intactScript(const FaultSample& sample) {
@@ -259,6 +263,25 @@ TEST_P(FaultMatrix, EveryFaultLeadsToTheSameTwice) {
     EXPECT_EQ(first.analysis.status, second.analysis.status) << fault.text();
     EXPECT_EQ(first.analysis.answer, second.analysis.answer) << fault.text();
     EXPECT_EQ(first.analysis.log, second.analysis.log) << fault.text();
+  }).visitAll();
+}
+
+TEST_P(FaultMatrix, WhoListensChangesNoAnswer) {
+  constexpr uint32_t otherModule = 0x77;
+  const Item unheard(sample, 0);
+  Faults(sample, [&](const RecordedCase& fault, const SourceScript& failing) {
+    if (failing.bytes.size() != sample.bytes.size()) {
+      return;  // truncated: there are too many of them
+    }
+    const Outcome heard = item.analyze(failing);
+    for (const uint32_t ofOthers : {0U, 5000U}) {
+      obq::setDebugLevel(otherModule, ofOthers);
+      const Outcome silent = unheard.analyze(failing);
+      EXPECT_EQ(silent.analysis.status, heard.analysis.status) << fault.text();
+      EXPECT_EQ(silent.analysis.answer, heard.analysis.answer) << fault.text();
+      EXPECT_EQ(silent.analysis.log, "") << fault.text();
+    }
+    obq::setDebugLevel(otherModule, 0);
   }).visitAll();
 }
 
