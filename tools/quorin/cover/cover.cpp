@@ -37,7 +37,7 @@ std::string fileName(const Options& options, const Record& record, unsigned int 
   const size_t folderEnd = options.outputFile.find_last_of('/') + 1;
   const size_t dot = options.outputFile.find_last_of('.');
   const bool hasEnding = dot != std::string::npos && dot > folderEnd;
-  return options.outputFile.substr(0, hasEnding ? dot : std::string::npos) + numbered + ending;
+  return (hasEnding ? options.outputFile.substr(0, dot) : options.outputFile) + numbered + ending;
 }
 
 /// Copies the pictures of one run.

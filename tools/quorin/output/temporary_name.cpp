@@ -14,13 +14,14 @@ namespace {
 std::atomic<const char*> known{nullptr};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
+std::string nameBeside(const std::string& path) {
+  std::random_device random;
+  return fmt::format("{}.quorin.{:08x}{:08x}", folderOf(path), random(), random());
+}
+
 }  // namespace
 
-TemporaryName::TemporaryName(const std::string& path) {
-  std::random_device random;
-  text_ = fmt::format("{}.quorin.{:08x}{:08x}", folderOf(path), random(), random());
-  known = text_.c_str();
-}
+TemporaryName::TemporaryName(const std::string& path) : text_(nameBeside(path)) { known = text_.c_str(); }
 
 TemporaryName::~TemporaryName() { known = nullptr; }
 
