@@ -136,6 +136,24 @@ TEST_F(Debug, WithoutASinkLinesGoToStandardError) {
   EXPECT_EQ(lines, std::vector<std::string>{"to the sink\n"});
 }
 
+TEST_F(Debug, WithStandardErrorClosedLinesAreLostAndNothingElse) {
+  EXPECT_EQ(standardErrorOf([] {
+              close(STDERR_FILENO);
+              errno = ENOENT;
+              write("lost\n");
+              EXPECT_EQ(errno, ENOENT);
+            }),
+            "");
+  EXPECT_EQ(standardErrorOf([] { write("seen\n"); }), "seen\n");
+}
+
+TEST_F(Debug, ALineThatCannotBeFormattedIsLostAlone) {
+  collect();
+  obqDebugOutput0(recordOf(module, 4000).words, "%ls\n", L"\x7fffffff");  // no character of any locale
+  write("next\n");
+  EXPECT_EQ(lines, std::vector<std::string>{"next\n"});
+}
+
 TEST_F(Debug, ThreadsNeverTearALine) {
   const std::string written = standardErrorOf([] {
     std::vector<std::thread> threads;

@@ -368,6 +368,29 @@ TEST_F(Fifo, TheTotalLimitEndsATrickle) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, generous);
 }
 
+TEST_F(Fifo, TheTotalLimitAloneEndsTheWait) {
+  const auto start = std::chrono::steady_clock::now();
+  const OpenedItem item = openItem(path, "stall=0;total=0.3");
+  ASSERT_EQ(item.code, 0);
+  int status = 0;
+  EXPECT_EQ(readAll(*item.source, &status), "");
+  EXPECT_EQ(status, SOURCE_TIMED_OUT);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(300));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, generous);
+}
+
+TEST_F(Fifo, WithoutLimitsAWriterMayTakeItsTime) {
+  const OpenedItem item = openItem(path, "stall=0;total=0");
+  ASSERT_EQ(item.code, 0);
+  const FifoWriter writer(path, [](int descriptor) {
+    std::this_thread::sleep_for(milliseconds(200));
+    writeAll(descriptor, "late", 4);
+  });
+  int status = -1;
+  EXPECT_EQ(readAll(*item.source, &status), "late");
+  EXPECT_EQ(status, 0);
+}
+
 TEST_F(Fifo, SignalsNeitherEndNorProlongTheWait) {
   struct sigaction interrupt = {};
   interrupt.sa_handler = [](int) {};  // without SA_RESTART
