@@ -51,8 +51,10 @@ coverage() {
     objects="$objects -object $tree/bin/fuzz_$name"
   done
   llvm-profdata-14 merge -o "$tree/all.profdata" "$tree"/*.profraw
-  llvm-cov-14 report $objects -instr-profile="$tree/all.profdata" "$PWD/src" "$PWD/platform/host" |
-    awk '/^(Filename|TOTAL)/ || $8 != "0" { print }' | cut -c1-200
+  llvm-cov-14 report "$tree/bin/fuzz_$1" $objects -instr-profile="$tree/all.profdata" \
+    -ignore-filename-regex='(^|/)(tests|platform|include|usr)/' 2>/dev/null |
+    awk 'BEGIN { printf "%-44s %7s %9s %9s %9s\n", "what is reached of", "lines", "", "branches", "" }
+      $8 ~ /^[0-9]+$/ { printf "%-44s %7s %9s %9s %9s\n", $1, $8, $10, $11, $13 }'
 }
 
 if [ "${1:-}" = --keep ]; then
