@@ -164,6 +164,19 @@ void writeStreams() {
   }
 }
 
+/// Texts in every encoding, headers; then the room that there is for the text.
+void writeFields() {
+  const std::array<std::string, 7> fields = {
+      std::string("\0M\xfcnchen", 8),        std::string("\1\xff\xfeM\0\xfc\0", 7),
+      std::string("\2\0M\xd8\x3d\xde\0", 7), std::string("\3M\xc3\xbcnchen\0more"),
+      std::string("\x1fjust copied"),        std::string("ID3\4\0\x50\0\0\2\1", 10),
+      std::string("\xff\xfb\x90\0", 4),
+  };
+  for (size_t i = 0; i < fields.size(); ++i) {
+    write("text_fields", "field_" + std::to_string(i), concat({text(fields[i]), number(i == 3 ? 6 : 60, 1)}));
+  }
+}
+
 /// Answers of a server, form feeds between them; then where to jump, and behind which the connection stays open.
 void writeResponses() {
   const std::string ok = "HTTP/1.1 200 OK\r\nContent-Type: audio/mpeg\r\n";
@@ -200,6 +213,7 @@ int main(int count, char** arguments) {
   writePlaylists();
   writeHeadersAndUrls();
   writeStreams();
+  writeFields();
   writeResponses();
   return 0;
 }
