@@ -5,7 +5,7 @@
 namespace zu::md::common::quorin {
 
 boost::shared_ptr<Info> makeInfo(const std::string& mimeType) {
-  const auto info = boost::make_shared<Info>();
+  auto info = boost::make_shared<Info>();
   info->mimeType = mimeType;
   return info;
 }
