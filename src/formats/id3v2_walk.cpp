@@ -16,6 +16,10 @@ constexpr unsigned extendedHeaderSizeField = 4;  // bytes
 constexpr uint32_t maxMimeType = 200;            // bytes looked at for the end of a MIME type
 constexpr uint32_t maxDescription = 8000;        // bytes looked at for the end of a description
 constexpr uint32_t shortFormatSize = 3;          // bytes of the image format of "PIC"
+/// What of a tag is looked at. A hostile one has room for forty million frames: each that the cache does not hold costs
+/// a fill of it, over HTTP a request, and each picture memory. No tagger writes more than a few dozen.
+constexpr unsigned maxSoughtFrames = 4096;
+constexpr size_t maxPictures = 4096;
 
 ReadPlace at(int line) { return {"AnalyzerAudioMp3", name, line}; }
 
@@ -47,7 +51,7 @@ bool Id3v2Walk::walkFrames(long long end) {
   for (unsigned count = 0; frame.position < tagLength_; ++count) {
     QUORIN_LOG(Debug, "AnalyzerAudioMp3::%s(): now analyzing frame %u, offset %lli\n", name, count, frame.position);
     const Outcome outcome = readFrameHeader(layout, frame);
-    if (outcome == Outcome::End) {
+    if (outcome == Outcome::End || (outcome == Outcome::Found && isOneTooMany(frame))) {
       break;
     }
     if (outcome == Outcome::Failed || !moveToBody(frame) || (frame.hasPicture && !recordPicture(frame))) {
@@ -137,6 +141,15 @@ Id3v2Walk::Outcome Id3v2Walk::readFrameHeader(const Id3v2FrameLayout& layout, Fr
     return Outcome::End;
   }
   return Outcome::Found;
+}
+
+bool Id3v2Walk::isOneTooMany(const Frame& frame) {
+  sought_ += seeking_ ? 1 : 0;
+  if (sought_ <= maxSoughtFrames && !(frame.hasPicture && pictures_.size() == maxPictures)) {
+    return false;
+  }
+  QUORIN_LOG(Error, "AnalyzerAudioMp3::%s(): too many frames, going out with what we have up to now\n", name);
+  return true;
 }
 
 bool Id3v2Walk::moveToBody(const Frame& frame) {

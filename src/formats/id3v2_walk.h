@@ -24,7 +24,8 @@ class Id3v2Walk {
   /// Bytes of the whole tag.
   unsigned tagLength() const { return tagLength_; }
 
-  /// Goes through the frames and leaves the cache offset (or, after seeking, the read position) at `end`.
+  /// Goes through the frames, as many as a tagger could have written, and leaves the cache offset (or, after seeking,
+  /// the read position) at `end`.
   /// @return false when the walk had to stop; the reason is logged
   bool walkFrames(long long end);
 
@@ -43,6 +44,8 @@ class Id3v2Walk {
   bool skipExtendedHeader(long long& position);
   int moveTo(long long position);
   Outcome readFrameHeader(const Id3v2FrameLayout& layout, Frame& frame);
+  /// Whether a tag has more frames than any tagger writes; what comes from this one on is left alone.
+  bool isOneTooMany(const Frame& frame);
   bool moveToBody(const Frame& frame);
   bool switchToSeeking();
   bool recordPicture(const Frame& frame);
@@ -60,6 +63,7 @@ class Id3v2Walk {
   unsigned footerSize_ = 0;
   bool seekable_ = false;
   bool seeking_ = false;
+  unsigned sought_ = 0;  ///< frames since then
 };
 
 }  // namespace zu::md::common::quorin

@@ -621,5 +621,60 @@ TEST(Id3v2Walk, AfterAFailedWalkTheScanStartsAtZeroAndTheTagStillCounts) {
   EXPECT_EQ(analysis.value("picture"), "39 10");
 }
 
+// ---- more than any tagger writes ----
+
+const char* const tooMany =
+    "3000 AnalyzerAudioMp3::checkID3v2(): too many frames, going out with what we have up to now";
+
+TEST(Id3v2Walk, TellsOf4096PicturesAtMost) {
+  const Bytes picture = id3v2Picture(2, {1});
+  Id3v2Tag tag;
+  tag.major = 2;
+  for (const size_t count : {size_t{4096}, size_t{4097}, size_t{5000}}) {
+    const Bytes bytes = tag.around(concat({repeat(picture, count), filler(20)}));
+    const Walk walk(notSeekable(stream(bytes)));  // whose cache holds them all
+    EXPECT_TRUE(walk.walked);
+    EXPECT_EQ(walk.pictures.size(), 4096U);
+    EXPECT_EQ(walk.logged(tooMany), count > 4096);
+    EXPECT_EQ(walk.cacheOffset, bytes.size());
+  }
+}
+
+TEST(Id3v2Walk, FramesBehindTheLastPictureThatIsToldOfAreStillWalked) {
+  Id3v2Tag tag;
+  tag.major = 2;
+  const Bytes bytes = tag.around(concat({repeat(id3v2Picture(2, {1}), 4096), repeat(title(2), 100), filler(20)}));
+  const Walk walk(notSeekable(stream(bytes)));
+  EXPECT_TRUE(walk.walked);
+  EXPECT_FALSE(walk.logged(tooMany));
+}
+
+/// A tag whose first frame fills the head, and `count` frames behind it.
+Bytes tagOfSoughtFrames(size_t count) {
+  const Bytes first = id3v2Frame(3, "PRIV", filler(headCapacity, 'x'));
+  return Id3v2Tag().around(concat({first, repeat(title(3), count), id3v2Picture(3, {1})}));
+}
+
+// A tag of 256 MiB could otherwise make the source read 100 GiB.
+TEST(Id3v2Walk, SeeksTo4096FramesAtMost) {
+  const Walk most(stream(tagOfSoughtFrames(4095)));
+  EXPECT_TRUE(most.walked);
+  EXPECT_EQ(most.pictures.size(), 1U);
+  EXPECT_FALSE(most.logged(tooMany));
+  const Bytes tag = tagOfSoughtFrames(4096);
+  const Walk more(stream(tag));
+  EXPECT_TRUE(more.walked);
+  EXPECT_TRUE(more.pictures.empty());
+  EXPECT_TRUE(more.logged(tooMany));
+  EXPECT_EQ(more.readPosition, static_cast<long long>(tag.size()));
+}
+
+TEST(Id3v2Walk, FramesInTheCacheAreNotCounted) {
+  const Bytes tag = Id3v2Tag().around(concat({repeat(id3v2Frame(3, "TXXX", {}), 6000), id3v2Picture(3, {1})}));
+  const Walk walk(stream(tag));
+  EXPECT_TRUE(walk.walked);
+  EXPECT_EQ(walk.pictures.size(), 1U);
+}
+
 }  // namespace
 }  // namespace zu::md::common::quorin
