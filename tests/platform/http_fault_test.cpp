@@ -244,6 +244,22 @@ TEST(HttpFault, ALaterRangeThatIsNeverAnsweredEndsByTheStallLimit) {
   EXPECT_EQ(readAt(*source, 50000, 100).status, SOURCE_TIMED_OUT);
 }
 
+TEST(HttpFault, AfterAFailureNobodyWaitsAgain) {
+  const RawServer server(afterAGoodStart([](RawConnection& connection, const std::string&, int) {
+    connection.hold();
+    return false;
+  }));
+  const auto source = openedUrl(server.url(), withLimits("stall=0.4"));
+  ASSERT_EQ(readAt(*source, 50000, 100).status, SOURCE_TIMED_OUT);
+  const size_t asked = server.requests().size();
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 50; ++i) {
+    EXPECT_EQ(readAt(*source, 50000 + 1000 * i, 100).status, SOURCE_TIMED_OUT);
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));  // 50 limits are twenty seconds
+  EXPECT_EQ(server.requests().size(), asked);
+}
+
 TEST(HttpFault, ABodyThatTricklesGoesOnUnderTheStallLimit) {
   const RawServer server([](RawConnection& connection, const std::string&, int) {
     connection.send("HTTP/1.1 200 OK\r\nContent-Length: 20\r\n\r\n");
