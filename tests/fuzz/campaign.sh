@@ -23,11 +23,16 @@ with_afl() {
   out=build/fuzz-afl/out/$2
   begin=build/fuzz-afl/begin/$2
   mkdir -p "$begin" "$out"
+  rm -f "$out/default/fuzzer_stats"
   # AFL++ wants every input that it begins with to be quick, and some of them to be there.
   find "$here/corpus/$2" "build/fuzz/corpus/$2" -type f -size -5k -exec cp {} "$begin" \;
   AFL_NO_UI=1 AFL_SKIP_CPUFREQ=1 AFL_I_DONT_CARE_ABOUT_MISSING_CRASHES=1 AFL_NO_AFFINITY=1 AFL_AUTORESUME=1 \
-    AFL_IGNORE_TIMEOUTS=1 afl-fuzz -V "$1" -t 2000 -m none -i "$begin" -o "$out" -- "build/fuzz-afl/bin/fuzz_$2" \
-    >"$out.log" 2>&1 || true
+    AFL_IGNORE_TIMEOUTS=1 afl-fuzz -V "$1" -t 2000 -m none -x "$("$here/dictionary.sh" "$2")" -i "$begin" -o "$out" -- \
+    "build/fuzz-afl/bin/fuzz_$2" >"$out.log" 2>&1 || {
+    tail -n 20 "$out.log"
+    echo "$2: AFL++ did not run; all it said stands in $out.log"
+    return 1
+  }
   sed -n 's/^\(execs_done\|saved_crashes\|saved_hangs\) *: */\1 /p' "$out/default/fuzzer_stats" | paste -sd ' ' |
     sed "s/^/$2: AFL++ /"
   [ -z "$(ls "$out/default/crashes" "$out/default/hangs" | grep '^id')" ]
@@ -37,7 +42,10 @@ with_afl() {
 merge() {
   mkdir -p "build/fuzz/merged/$1"
   "build/fuzz/bin/fuzz_$1" -merge=1 -timeout=20 -rss_limit_mb=3000 "build/fuzz/merged/$1" "$here/corpus/$1" \
-    "build/fuzz/corpus/$1" $(ls -d "build/fuzz-afl/out/$1/default/queue" 2>/dev/null) >"build/fuzz/merged/$1.log" 2>&1
+    "build/fuzz/corpus/$1" $(ls -d "build/fuzz-afl/out/$1/default/queue" 2>/dev/null) >"build/fuzz/merged/$1.log" 2>&1 || {
+    tail -n 20 "build/fuzz/merged/$1.log"
+    return 1
+  }
 }
 
 coverage() {
@@ -77,7 +85,7 @@ status=0
 "$here/run.sh" build/fuzz "$seconds" "$@" || status=1
 for name in "$@"; do
   with_afl "$seconds" "$name" || status=1
-  merge "$name"
+  merge "$name" || status=1
 done
-coverage "$@"
+coverage "$@" || status=1
 exit $status

@@ -26,7 +26,7 @@ class FuzzInput {
 
   /// A text whose length stands behind it in two bytes.
   std::string text() {
-    const size_t length = std::min<size_t>(number(2), left());
+    const size_t length = std::min(static_cast<size_t>(number(2)), left());
     end_ -= length;
     return std::string(end_, end_ + length);
   }

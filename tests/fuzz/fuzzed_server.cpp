@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "require.h"
 #include "support/loopback.h"
 
 namespace quorin_test {
@@ -31,18 +32,18 @@ std::string FuzzedServer::url() const { return "http://127.0.0.1:" + std::to_str
 void FuzzedServer::run() {
   for (;;) {
     const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      if (ending_) {
-        close(socket);
-        return;
-      }
+    require(socket >= 0 || isEnding(), "a server accepts its clients");
+    if (socket < 0) {
+      return;
     }
-    if (socket >= 0) {
-      serve(socket);
-      close(socket);
-    }
+    serve(socket);
+    close(socket);
   }
+}
+
+bool FuzzedServer::isEnding() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return ending_;
 }
 
 void FuzzedServer::serve(int socket) {

@@ -32,6 +32,7 @@ class FuzzedServer {
 
  private:
   void run();
+  bool isEnding();
   void serve(int socket);
   bool takeRequest(int socket, std::string& request) const;
 

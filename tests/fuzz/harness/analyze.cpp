@@ -9,6 +9,20 @@ using namespace quorin_test;
 using zu::md::common::quorin::Analyzer;
 using zu::md::common::quorin::QuorinUrlRework;
 
+namespace {
+
+/// Everything that an analysis tells, and where it leaves the item.
+std::string toldBy(const Analysis& analysis) {
+  long long position = -1;
+  if (analysis.result->strell) {
+    analysis.result->strell->tell(position);
+  }
+  return "status " + std::to_string(analysis.status) + ", played from " + std::to_string(position) + '\n' +
+         analysis.answer + analysis.log;
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   QuorinUrlRework::getInstance();  // which logs that it was made, once
   return 0;
@@ -22,14 +36,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Analyzer& analyzer = item.mode() == Analyzer::MODE_AUDIO ? audio : pcm;
   const Analysis first = item.analyze(analyzer);
   item.requireSound(first);
-  const Analysis second = item.analyze(analyzer);
-  requireSame(first.answer, second.answer, "a second analysis answers the same");
-  requireSame(first.log, second.log, "a second analysis logs the same");
-  require(first.status == second.status, "a second analysis has the same status");
+  requireSame(toldBy(first), toldBy(item.analyze(analyzer)), "a second analysis comes to the same");
   if (item.failsAtPlaces()) {
-    const Analysis inPieces = item.analyzeInPieces(analyzer);
-    requireSame(first.answer, inPieces.answer, "reads of few bytes answer the same");
-    requireSame(first.log, inPieces.log, "reads of few bytes log the same");
+    requireSame(toldBy(first), toldBy(item.analyzeInPieces(analyzer)), "reads of few bytes come to the same");
   }
   return 0;
 }

@@ -48,7 +48,7 @@ Separated inPieces(const Bytes& stream, unsigned metaint, FuzzInput sizes, bool 
   IcyDemultiplexer demultiplexer(metaint);
   Separated separated;
   for (size_t at = 0; at < stream.size();) {
-    const size_t length = std::min<size_t>(1 + sizes.number(1), stream.size() - at);
+    const size_t length = std::min(1 + static_cast<size_t>(sizes.number(1)), stream.size() - at);
     Bytes piece(stream.begin() + static_cast<std::ptrdiff_t>(at),
                 stream.begin() + static_cast<std::ptrdiff_t>(at + length));
     const unsigned audio = demultiplexer.separate(piece.data(), static_cast<unsigned>(length));
