@@ -27,7 +27,7 @@ cmake --build --preset coverage -j "$(nproc)" --target $slow $others >"$build/bu
 # Whole programs, because each process takes its time to write down what ran; the slowest beside the others.
 run() {
   for program in "$@"; do
-    tests/support/with_private_net.sh "$build/bin/$program" --gtest_brief=1 >"$build/$program.log" 2>&1 || {
+    timeout 3600 tests/support/with_private_net.sh "$build/bin/$program" --gtest_brief=1 >"$build/$program.log" 2>&1 || {
       tail -n 100 "$build/$program.log"
       return 1
     }

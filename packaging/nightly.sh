@@ -14,6 +14,7 @@
 set -eu
 cd "$(dirname "$(readlink -f "$0")")/.."
 jobs=$(nproc)
+longest=3600 # seconds of one program; one that hangs must not take the night
 
 # build PRESET TARGETS
 build() {
@@ -41,7 +42,7 @@ run() {
 # Left out under memcheck: the matrix of faults, which would take the night, takes no library, and runs under the
 # sanitizers. Tests of openat2(2), which memcheck does not know, leave themselves out. Leaks are what nothing points to.
 memcheck() {
-  tests/support/with_private_net.sh valgrind --quiet --error-exitcode=9 --suppressions=packaging/valgrind.supp \
+  timeout $longest tests/support/with_private_net.sh valgrind --quiet --error-exitcode=9 --suppressions=packaging/valgrind.supp \
     --leak-check=full --show-leak-kinds=definite,indirect,possible --errors-for-leak-kinds=definite,indirect,possible \
     "$@" --gtest_brief=1 --gtest_filter='-*FaultMatrix*'
 }
@@ -58,7 +59,7 @@ valgrind_stage() {
 msan_stage() {
   packaging/make_msan_libcxx.sh build/msan-libcxx && build msan unit contract driver || return 1
   for suite in unit contract driver; do
-    run build/msan/$suite.log build/msan/bin/$suite --gtest_brief=1 || return 1
+    run build/msan/$suite.log timeout $longest build/msan/bin/$suite --gtest_brief=1 || return 1
   done
 }
 
