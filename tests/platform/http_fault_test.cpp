@@ -44,6 +44,13 @@ RawServer::Script answerLater(const std::string& answer) {
   });
 }
 
+RawServer::Script silentLater() {
+  return afterAGoodStart([](RawConnection& connection, const std::string&, int) {
+    connection.hold();
+    return false;
+  });
+}
+
 int statusOfALaterRange(const RawServer::Script& script) {
   const RawServer server(script);
   const auto source = openedUrl(server.url());
@@ -236,19 +243,13 @@ TEST(HttpFault, ABodyThatStallsEndsByTheStallLimitAfterTheBytesThatCame) {
 }
 
 TEST(HttpFault, ALaterRangeThatIsNeverAnsweredEndsByTheStallLimit) {
-  const RawServer server(afterAGoodStart([](RawConnection& connection, const std::string&, int) {
-    connection.hold();
-    return false;
-  }));
+  const RawServer server(silentLater());
   const auto source = openedUrl(server.url(), withLimits("stall=0.4"));
   EXPECT_EQ(readAt(*source, 50000, 100).status, SOURCE_TIMED_OUT);
 }
 
 TEST(HttpFault, AfterAFailureNobodyWaitsAgain) {
-  const RawServer server(afterAGoodStart([](RawConnection& connection, const std::string&, int) {
-    connection.hold();
-    return false;
-  }));
+  const RawServer server(silentLater());
   const auto source = openedUrl(server.url(), withLimits("stall=0.4"));
   ASSERT_EQ(readAt(*source, 50000, 100).status, SOURCE_TIMED_OUT);
   const size_t asked = server.requests().size();
