@@ -26,7 +26,8 @@ class FuzzInput {
 
   /// A text whose length stands behind it in two bytes.
   std::string text() {
-    const size_t length = std::min(static_cast<size_t>(number(2)), left());
+    const auto told = static_cast<size_t>(number(2));  // taken before what is left is counted
+    const size_t length = std::min(told, left());
     end_ -= length;
     return std::string(end_, end_ + length);
   }
