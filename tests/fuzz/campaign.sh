@@ -2,7 +2,7 @@
 # campaign.sh SECONDS [HARNESS...]: lets libFuzzer and then AFL++ at each harness for so long each, from what is kept and
 # from what earlier campaigns in this tree have found; then tells which part of src/ all of that reaches.
 #
-# What is worth keeping stands in build/fuzz/merged/HARNESS afterwards: no input of it is without an effect of its own.
+# What is worth keeping stands in build/fuzz/merged/HARNESS afterwards: every input of it reaches code that no other does.
 # `campaign.sh --keep` copies the short ones of them to corpus/, from where every build of the tests replays them.
 set -eu
 cd "$(dirname "$(readlink -f "$0")")/../.."
@@ -41,7 +41,7 @@ with_afl() {
 # merge HARNESS
 merge() {
   mkdir -p "build/fuzz/merged/$1"
-  "build/fuzz/bin/fuzz_$1" -merge=1 -timeout=20 -rss_limit_mb=3000 "build/fuzz/merged/$1" "$here/corpus/$1" \
+  "build/fuzz/bin/fuzz_$1" -merge=1 -use_counters=0 -timeout=20 -rss_limit_mb=3000 "build/fuzz/merged/$1" "$here/corpus/$1" \
     "build/fuzz/corpus/$1" $(ls -d "build/fuzz-afl/out/$1/default/queue" 2>/dev/null) >"build/fuzz/merged/$1.log" 2>&1 || {
     tail -n 20 "build/fuzz/merged/$1.log"
     return 1
