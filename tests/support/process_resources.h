@@ -16,7 +16,7 @@ class PeakMemory {
  public:
   PeakMemory();
 
-  /// Bytes above what was held at first. Means nothing unless `runsNatively`.
+  /// Bytes above what was held at first; 0 unless `runsNatively`, where it would mean nothing.
   size_t growth() const;
 
  private:
