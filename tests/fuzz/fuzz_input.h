@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <string>
 
 #include "support/scripted_source.h"
@@ -40,5 +41,16 @@ class FuzzInput {
   const uint8_t* begin_;
   const uint8_t* end_;
 };
+
+/// The lines of a text, each with its end; the last one may have none.
+inline std::deque<std::string> linesOf(const std::string& text) {
+  std::deque<std::string> lines;
+  for (size_t begin = 0; begin < text.size();) {
+    const size_t end = std::min(text.find('\n', begin), text.size() - 1) + 1;
+    lines.push_back(text.substr(begin, end - begin));
+    begin = end;
+  }
+  return lines;
+}
 
 }  // namespace quorin_test

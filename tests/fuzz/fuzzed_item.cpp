@@ -15,16 +15,6 @@ using zu::md::common::quorin::Analyzer;
 
 constexpr int failure = -5;
 
-std::deque<std::string> linesOf(const std::string& text) {
-  std::deque<std::string> lines;
-  for (size_t begin = 0; begin < text.size();) {
-    const size_t end = std::min(text.find('\n', begin), text.size() - 1) + 1;
-    lines.push_back(text.substr(begin, end - begin));
-    begin = end;
-  }
-  return lines;
-}
-
 }  // namespace
 
 FuzzedItem::FuzzedItem(FuzzInput input) {

@@ -89,8 +89,7 @@ std::vector<RawServer::Script> hostileScripts(const std::string& item) {
   std::vector<RawServer::Script> scripts = {[item](RawConnection& connection, const std::string& request, int) {
     return connection.send(part(request, item));
   }};
-  const Bytes interim = repeat(text("HTTP/1.1 100 Continue\r\n\r\n"), 1000);
-  const std::string flood(interim.begin(), interim.end());
+  const std::string flood = textOf(repeat(text("HTTP/1.1 100 Continue\r\n\r\n"), 1000));
   for (const HostileStage& stage : hostileStages()) {
     scripts.push_back(harming(stage, item, [](RawConnection& connection) { connection.reset(); }));
     scripts.push_back(harming(stage, item, [](RawConnection&) {}));
@@ -103,8 +102,7 @@ std::vector<RawServer::Script> hostileScripts(const std::string& item) {
 }
 
 TEST(ManyAnalyses, OverHttpTakeNoMoreThanFew) {
-  const Bytes frames = mpegFrames(100);
-  const auto scripts = hostileScripts(std::string(frames.begin(), frames.end()));
+  const auto scripts = hostileScripts(textOf(mpegFrames(100)));
   Analyzer analyzer(Analyzer::MODE_AUDIO);
   const size_t analyses = runsNatively() ? analysesOverHttpNatively : analysesOverHttpElsewhere;
   expectNoGrowth(

@@ -9,6 +9,7 @@
 #include "quorin/analyzer.h"
 #include "quorin/mime_types.h"
 #include "support/answer_text.h"
+#include "support/bytes.h"
 #include "support/hostile_script.h"
 #include "support/icy_stream.h"
 #include "support/id3_bytes.h"
@@ -28,8 +29,6 @@ using Clock = std::chrono::steady_clock;
 
 /// The cache of a live stream takes 1 MiB and doubles while it grows; what comes without end would take more at once.
 constexpr size_t mostMemory = size_t{8} * 1024 * 1024;
-
-std::string textOf(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
 
 struct Outcome {
   int status = 0;

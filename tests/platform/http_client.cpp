@@ -63,6 +63,4 @@ bool isSeekable(MdchUrlBase& source) {
   return seekable;
 }
 
-std::string textOf(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
-
 }  // namespace quorin_test

@@ -50,6 +50,4 @@ long long sizeOf(MdchUrlBase& source);
 
 bool isSeekable(MdchUrlBase& source);
 
-std::string textOf(const Bytes& bytes);
-
 }  // namespace quorin_test

@@ -26,6 +26,8 @@ Bytes filler(size_t count, unsigned char value) { return Bytes(count, value); }
 
 Bytes text(std::string_view characters) { return Bytes(characters.begin(), characters.end()); }
 
+std::string textOf(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
+
 Bytes noise(size_t count, uint32_t seed) {
   std::mt19937 random(seed);
   Bytes bytes(count);

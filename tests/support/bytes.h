@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 #include "support/scripted_source.h"
@@ -23,6 +24,9 @@ Bytes filler(size_t count, unsigned char value = 0);
 
 /// The characters without a terminator.
 Bytes text(std::string_view characters);
+
+/// The same the other way round.
+std::string textOf(const Bytes& bytes);
 
 /// `count` reproducible bytes below 0x80, none of them zero, so that neither a sync nor a terminator is among them.
 Bytes noise(size_t count, uint32_t seed = 1);

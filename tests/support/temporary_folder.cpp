@@ -4,6 +4,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "support/bytes.h"
+
 namespace quorin_test {
 
 namespace fs = std::filesystem;
@@ -32,7 +34,7 @@ std::string TemporaryFolder::write(const std::string& name, const std::string& t
 }
 
 std::string TemporaryFolder::write(const std::string& name, const Bytes& bytes) const {
-  return write(name, std::string(bytes.begin(), bytes.end()));
+  return write(name, textOf(bytes));
 }
 
 }  // namespace quorin_test

@@ -9,6 +9,7 @@
 #include "fuzzed_server.h"
 #include "quorin/quorin_url_rework.h"
 #include "require.h"
+#include "support/bytes.h"
 
 using namespace quorin_test;
 using namespace zu::md::common;
@@ -63,8 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzInput input(data, size);
   const uint64_t kept = input.number(2);
   const auto jump = static_cast<long long>(input.number(3));
-  const Bytes bytes = input.bytes();
-  Answers answers(std::string(bytes.begin(), bytes.end()), kept);
+  Answers answers(textOf(input.bytes()), kept);
   server.answerBy([&answers](const std::string&) { return answers.next(); });
 
   strell::OpenParams params;

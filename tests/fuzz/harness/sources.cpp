@@ -7,6 +7,7 @@
 #include "fuzzed_server.h"
 #include "quorin/quorin_url_rework.h"
 #include "require.h"
+#include "support/bytes.h"
 #include "support/temporary_folder.h"
 
 using namespace quorin_test;
@@ -87,11 +88,9 @@ std::string response(const Bytes& bytes, const std::string& request, bool withRa
     return "HTTP/1.1 206 Partial Content\r\nContent-Range: bytes " + std::to_string(first) + '-' +
            std::to_string(last) + '/' + std::to_string(bytes.size()) + "\r\n" + type +
            std::to_string(last + 1 - first) + "\r\n\r\n" +
-           std::string(bytes.begin() + static_cast<std::ptrdiff_t>(first),
-                       bytes.begin() + static_cast<std::ptrdiff_t>(last + 1));
+           textOf(slice(bytes, static_cast<long long>(first), last + 1 - first));
   }
-  return "HTTP/1.1 200 OK\r\n" + type + std::to_string(bytes.size()) + "\r\n\r\n" +
-         std::string(bytes.begin(), bytes.end());
+  return "HTTP/1.1 200 OK\r\n" + type + std::to_string(bytes.size()) + "\r\n\r\n" + textOf(bytes);
 }
 
 Outcome served(const Bytes& bytes, bool withRanges) {
