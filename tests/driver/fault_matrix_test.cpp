@@ -302,6 +302,7 @@ TEST_P(FaultMatrix, ShortReadsChangeNothing) {
   for (const unsigned most : {1U, 7U, 1000U, 5000U}) {
     script.maxRead = most;
     const Outcome pieces = analyze();
+    EXPECT_EQ(pieces.analysis.status, whole.analysis.status);
     EXPECT_EQ(pieces.analysis.answer, whole.analysis.answer);
     EXPECT_EQ(pieces.analysis.log, whole.analysis.log);
     EXPECT_LE(pieces.calls.bytes, whole.calls.bytes);
