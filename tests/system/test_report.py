@@ -39,7 +39,8 @@ def test_wrong_usage(quorin):
     assert_usage_error(quorin("report", "scan"), "'report' needs -o", "report")
     assert_usage_error(quorin("report", "scan", "other", "-o", "r.html"), "'report' takes one scan", "report")
     assert_usage_error(quorin("report", "scan", "-o"), "-o needs a value", "report")
-    assert_usage_error(quorin("report", "scan", "--json"), "'report' takes no option --json; it is for probe, scan, cover, map, play", "report")
+    assert_usage_error(quorin("report", "scan", "--json"),
+                       "'report' takes no option --json; it is for probe, scan, cover, map, play", "report")
     assert_usage_error(quorin("report", "scan", "-d", "folder"), "'report' takes no option -d; it is for cover", "report")
 
 

@@ -430,4 +430,5 @@ def test_wrong_usage(quorin, arguments, cause):
 
 
 def test_a_number_of_workers_is_for_scans(quorin):
-    assert quorin("-j", "2", "a").complaints == ["quorin: 'probe' takes no option -j; it is for scan ('quorin --help' tells more)"]
+    assert quorin("-j", "2", "a").complaints == [
+        "quorin: 'probe' takes no option -j; it is for scan ('quorin --help' tells more)"]
