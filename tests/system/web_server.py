@@ -15,7 +15,8 @@ load_module /usr/lib/nginx/modules/ngx_http_lua_module.so;
 daemon off; worker_processes 1; pid nginx.pid; error_log error.log; user root;
 events { worker_connections 64; }
 http {
-  log_format whole '$status $body_bytes_sent $request_method $request_uri|$http_user_agent|$http_x_test|$http_authorization|$http_cookie';
+  log_format whole '$status $body_bytes_sent $request_method $request_uri|$http_user_agent|$http_x_test|'
+                   '$http_authorization|$http_cookie';
   access_log access.log whole;
   client_body_temp_path tmp/b; proxy_temp_path tmp/p; fastcgi_temp_path tmp/f; uwsgi_temp_path tmp/u;
   scgi_temp_path tmp/s;
@@ -59,10 +60,9 @@ def free_port():
 
 
 class Nginx:
-    """A real server: its root is `www`; /status/N answers N, /moved leads to /song.mp3, /lost
-    redirects to nowhere, /go/3xx?to=URI to
-    that URI; /typed/NAME?type=T serves NAME as that type;
-    /norange/NAME without ranges; /slow/NAME at 8 MiB a second; /any/... serves named.mp3; https with a certificate that only `ca` has signed."""
+    """A real server: its root is `www`; /status/N answers N, /moved leads to /song.mp3, /lost redirects to nowhere,
+    /go/3xx?to=URI to that URI; /typed/NAME?type=T serves NAME as that type; /norange/NAME without ranges; /slow/NAME at
+    8 MiB a second; /any/... serves named.mp3; https with a certificate that only `ca` has signed."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
@@ -123,31 +123,83 @@ def live(audio, interval=4096, titles=("One", "It's; two", "", "Two")):
 
 
 @contextlib.contextmanager
-def scripted_server(answer, close=False, requests=None):
-    """A server that sends `answer` to whoever connects and then says no more, or closes. Yields its URL. What it is
-    asked is added to `requests`."""
+def serving(talk):
+    """A server that talks to whoever connects by talk(CONNECTION, ENDING), in a thread for each; ENDING is an event that is
+    set when the test is over. Yields its URL."""
     listener = socket.create_server(("127.0.0.1", 0))
-    connections = []
+    ending = threading.Event()
+    threads = []
 
-    def serve():
+    def serve(connection):
+        with connection, contextlib.suppress(OSError):
+            talk(connection, ending)
+
+    def accept():
         with contextlib.suppress(OSError):
             while True:
-                connection, _ = listener.accept()
-                connections.append(connection)
-                request = connection.recv(65536)
-                if requests is not None:
-                    requests.append(request.decode("latin-1"))
-                connection.sendall(answer)
-                if close:
-                    connection.shutdown(socket.SHUT_RDWR)
+                threads.append(threading.Thread(target=serve, args=(listener.accept()[0],), daemon=True))
+                threads[-1].start()
 
-    thread = threading.Thread(target=serve, daemon=True)
-    thread.start()
+    acceptor = threading.Thread(target=accept, daemon=True)
+    acceptor.start()
     try:
         yield f"http://127.0.0.1:{listener.getsockname()[1]}"
     finally:
+        ending.set()
         listener.shutdown(socket.SHUT_RDWR)
         listener.close()
-        for connection in connections:
-            connection.close()
-        thread.join(10)
+        for thread in [acceptor, *threads]:
+            thread.join(10)
+
+
+def scripted_server(answer, close=False, requests=None):
+    """A server that sends `answer` to whoever connects and then says no more, or closes. What it is asked is added to
+    `requests`."""
+
+    def talk(connection, ending):
+        request = connection.recv(65536)
+        if requests is not None:
+            requests.append(request.decode("latin-1"))
+        connection.sendall(answer)
+        if close:
+            connection.shutdown(socket.SHUT_RDWR)
+        ending.wait()
+
+    return serving(talk)
+
+
+def flood(beginning, piece, pause=0.0):
+    """A server that sends `beginning` and then `piece` without end."""
+
+    def talk(connection, ending):
+        connection.recv(65536)
+        connection.sendall(beginning)
+        while not ending.wait(pause):
+            connection.sendall(piece)
+
+    return serving(talk)
+
+
+def range_server(answer):
+    """A server that sends answer(FIRST, LAST) for the bytes [FIRST, LAST] that it is asked for; LAST is far away when it
+    is asked for all."""
+    everything = (0, 1 << 62)
+
+    def talk(connection, _):
+        asked = everything
+        with connection.makefile("rb") as lines:
+            while line := lines.readline():
+                if line.startswith(b"Range: bytes="):
+                    asked = map(int, line.decode().partition("=")[2].split("-"))
+                elif line == b"\r\n":
+                    connection.sendall(answer(*asked))
+                    asked = everything
+
+    return serving(talk)
+
+
+def part(item, first, last, lines=""):
+    """The answer with the bytes [first, last] of an item, as far as there are any. `lines` are more of its header."""
+    last = min(last, len(item) - 1)
+    return (f"HTTP/1.1 206 Partial Content\r\nContent-Range: bytes {first}-{last}/{len(item)}\r\n"
+            f"Content-Length: {last - first + 1}\r\n{lines}\r\n").encode() + item[first:last + 1]
