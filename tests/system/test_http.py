@@ -1,12 +1,7 @@
 """Items behind HTTP(S), and the options that shape requests."""
 
-import contextlib
-import http.server
-import threading
-
 import pytest
 
-from conftest import PICTURE, id3_tag
 from web_server import Nginx, free_port, scripted_server
 
 
@@ -82,43 +77,6 @@ def test_mode_pcm_finds_raw_pcm_alone(quorin, nginx):
 def test_raw_pcm_in_words(quorin, nginx):
     (nginx.www / "raw.l16").write_bytes(bytes(44100 * 4))
     assert "\n  audio     raw PCM, 44.1 kHz, stereo, " in quorin("--mode", "pcm", f"{nginx.url}/raw.l16").out
-
-
-class Replaced(http.server.BaseHTTPRequestHandler):
-    """An item that is one byte shorter at every request."""
-
-    protocol_version = "HTTP/1.1"
-
-    def do_GET(self):
-        self.server.size -= 1
-        first, last = self.headers["Range"].removeprefix("bytes=").split("-")
-        last = min(int(last or self.server.size), self.server.size - 1)
-        self.send_response(206)
-        self.send_header("Content-Type", "audio/mpeg")
-        self.send_header("Content-Range", f"bytes {first}-{last}/{self.server.size}")
-        self.send_header("Content-Length", str(last - int(first) + 1))
-        self.end_headers()
-        with contextlib.suppress(ConnectionError):
-            self.wfile.write(self.server.item[int(first):last + 1])
-
-    def log_message(self, *_):
-        pass
-
-
-def test_an_item_that_is_replaced_meanwhile_says_so(quorin, plain_mp3):
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Replaced)
-    server.daemon_threads = True
-    server.item = id3_tag((b"APIC", b"\0image/jpeg\0\3\0" + PICTURE + bytes(1_000_000))) + plain_mp3
-    server.size = len(server.item) + 1
-    threading.Thread(target=server.serve_forever, daemon=True).start()
-    url = f"http://127.0.0.1:{server.server_address[1]}/a.mp3"
-    try:
-        result = quorin("play", url)
-    finally:
-        server.shutdown()
-        server.server_close()
-    assert result.complaints == [f"quorin: {url}: the item changed while it was read"]
-    assert result.code == 3
 
 
 def test_the_other_items_are_analysed_all_the_same(quorin, nginx):
