@@ -7,6 +7,15 @@
 
 namespace zu::md::common::strell {
 
+namespace {
+
+/// Up to here a fill takes little longer than a smaller one.
+constexpr unsigned int smallFill = 16384;
+/// Behind this the region is one of 1 MiB: when it grows, bytes are held twice, and memory counts more than reads do.
+constexpr unsigned int largestBetween = 65536;
+
+}  // namespace
+
 bool CacheRegion::fetch(AudioStream& stream, uint64_t offset, uint64_t length) {
   if (offset < start_ || offset + length > start_ + capacity_) {
     return false;
@@ -49,7 +58,9 @@ unsigned int CacheRegion::fillLevel(unsigned int size) const {
   while (level < size) {
     level *= 2;
   }
-  return std::min(level, capacity_);
+  const unsigned int between = level / 4 * 3;
+  const bool isBetween = level > smallFill && level <= largestBetween && size <= between;
+  return std::min(isBetween ? between : level, capacity_);
 }
 
 void CacheRegion::reserve(unsigned int size) {
