@@ -178,15 +178,19 @@ void ScanPool::handOver(std::vector<Done>& done) {
   if (done.empty()) {
     return;
   }
+  bool isEnough = false;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     for (Done& item : done) {
       results_.emplace(item.number, std::move(item.result));
     }
     doneCount_ += done.size();
+    isEnough = results_.size() >= enoughToTake || doneCount_ == foundCount_;
   }
   done.clear();
-  done_.notify_one();
+  if (isEnough) {
+    done_.notify_one();
+  }
 }
 
 void ScanPool::release(const std::string& host, std::vector<Job>& further) {

@@ -49,13 +49,17 @@ class ScanPool {
   ScanPool(const ScanPool&) = delete;
   ScanPool& operator=(const ScanPool&) = delete;
 
-  /// Waits for results, at most that long, and takes all there are; in the order of finding when the options say so.
-  /// Throws what ended a thread of the pool, once the results that came before it are taken.
+  /// Waits for results until they are many or there is nothing else to do, at most that long, and takes all there are;
+  /// in the order of finding when the options say so. Throws what ended a thread of the pool, once the results that
+  /// came before it are taken.
   /// @param results emptied first
   /// @return false when there will be no more
   bool take(std::vector<Result>& results, std::chrono::milliseconds patience);
 
  private:
+  /// Results that are worth waking up whoever takes them, while there is more to do.
+  static constexpr size_t enoughToTake = 256;
+
   /// How long a worker holds results back to hand over several at once.
   static constexpr std::chrono::milliseconds mostHeldBack{5};
 
