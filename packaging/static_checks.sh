@@ -13,7 +13,7 @@ if ! cppcheck --std=c++17 --language=c++ -I include -I src -I platform/include -
 fi
 
 log=$1/clang-tidy.log
-if ! run-clang-tidy-14 -quiet -j "$(nproc)" -p "$1" "$PWD/(src|platform|tools|examples)/" >"$log" 2>/dev/null; then
+if ! packaging/clang_tidy.py "$1" "^$PWD/(src|platform|tools|examples)/" >"$log"; then
   escape=$(printf '\033')
   sed "s/$escape\[[0-9;]*m//g" "$log" | grep -E -A 6 '(warning|error):' | head -n 80
   echo "static_checks.sh: clang-tidy found something; all of it stands in $log" >&2
