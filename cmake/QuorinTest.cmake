@@ -5,6 +5,10 @@ set(BUILD_SHARED_LIBS OFF)  # of GoogleTest: an ordinary variable, so the librar
 add_subdirectory("${QUORIN_GTEST_SOURCE}" "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
+# Starting a process for each of 2,400 tests takes longer than most of them where an emulator or a sanitizer starts too.
+option(QUORIN_TESTS_TOGETHER "Run the tests of a program in a few processes instead of one for each" OFF)
+set(QUORIN_TEST_PARTS 4)  # of a program: enough for the cores to be busy to the end
+
 # quorin_tests(NAME [PRIVATE_NETWORK] [LIBRARIES ...]): one test program of every .cpp file in the current folder, so
 # that a test cannot be forgotten. With PRIVATE_NETWORK each test runs where only a loopback of its own exists: any
 # port is free and nothing leaves the machine. QUORIN_TEST_SETUP may name sources that go into each program besides: what
@@ -22,8 +26,21 @@ function(quorin_tests name)
     set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR
       "${PROJECT_SOURCE_DIR}/tests/support/with_private_net.sh;${CMAKE_CROSSCOMPILING_EMULATOR}")
   endif()
-  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
-    PROPERTIES TIMEOUT 120 LABELS ${name})
+  if(QUORIN_TESTS_TOGETHER)
+    quorin_add_test_parts(${name})
+  else()
+    gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
+      PROPERTIES TIMEOUT 120 LABELS ${name})
+  endif()
+endfunction()
+
+function(quorin_add_test_parts name)
+  math(EXPR last "${QUORIN_TEST_PARTS} - 1")
+  foreach(part RANGE ${last})
+    add_test(NAME ${name}.${part} COMMAND ${name} --gtest_brief=1)
+    set_tests_properties(${name}.${part} PROPERTIES TIMEOUT 900 LABELS ${name}
+      ENVIRONMENT "GTEST_TOTAL_SHARDS=${QUORIN_TEST_PARTS};GTEST_SHARD_INDEX=${part}")
+  endforeach()
 endfunction()
 
 # quorin_python_tests(LABEL TIMEOUT SECONDS [PRIVATE_NETWORK] [ENVIRONMENT NAME=VALUE...]): one test per test_*.py of the
