@@ -104,6 +104,7 @@ void ScanPool::findItems() {
 
 /// Gives jobs to the workers, when there is room for them. @return false when the pool is stopping
 bool ScanPool::takeIn(std::vector<Job>& jobs) {
+  bool isForOthers = false;
   {
     std::unique_lock<std::mutex> lock(mutex_);
     roomMade_.wait(lock, [&] { return stopping_ || foundCount_ - takenCount_ + jobs.size() <= mostUnderWay; });
@@ -114,9 +115,12 @@ bool ScanPool::takeIn(std::vector<Job>& jobs) {
       job.number = foundCount_++;
       agenda_.add(std::move(job));
     }
+    isForOthers = agenda_.hasNext();  // than those who are at work, and will look for more when they are done
   }
   jobs.clear();
-  found_.notify_one();  // who wakes up wakes the next one, if there is enough to do
+  if (isForOthers) {
+    found_.notify_one();  // who wakes up wakes the next one, if there is enough to do
+  }
   return true;
 }
 
