@@ -6,9 +6,9 @@ namespace quorin_command {
 namespace {
 
 void add(Agenda& agenda, uint64_t number, const std::string& host) {
-  Job job;
-  job.number = number;
-  job.host = host;
+  auto job = std::make_unique<Job>();
+  job->number = number;
+  job->host = host;
   agenda.add(std::move(job));
 }
 
@@ -16,8 +16,8 @@ void add(Agenda& agenda, uint64_t number, const std::string& host) {
 std::vector<uint64_t> takeAll(Agenda& agenda) {
   std::vector<uint64_t> numbers;
   while (agenda.hasNext()) {
-    for (const Job& job : agenda.take()) {
-      numbers.push_back(job.number);
+    for (const JobPtr& job : agenda.take()) {
+      numbers.push_back(job->number);
     }
   }
   return numbers;

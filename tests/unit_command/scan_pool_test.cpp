@@ -130,19 +130,40 @@ ScanPool::Find findOf(std::vector<FoundItem> items) {
 
 std::string nameOf(const Record& record) { return record.name; }
 
-/// All results of a pool, or those until there are enough.
-std::vector<std::string> textsOf(ScanPool& pool, size_t enough = SIZE_MAX) {
-  std::vector<std::string> texts;
-  std::vector<ScanPool::Result> results;
-  const auto deadline = std::chrono::steady_clock::now() + timeLimit;
-  while (texts.size() < enough && std::chrono::steady_clock::now() < deadline &&
-         pool.take(results, std::chrono::milliseconds(100))) {
-    for (const ScanPool::Result& result : results) {
-      texts.push_back(result.text);
-    }
+/// What a pool tells.
+class Told {
+ public:
+  ScanPool::Tell tell() {
+    return [this](const std::vector<JobPtr>& jobs) {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      EXPECT_FALSE(jobs.empty());
+      for (const JobPtr& job : jobs) {
+        texts_.push_back(job->text);
+      }
+      changed_.notify_one();
+    };
   }
-  return texts;
-}
+
+  /// Waits until there is so much, and takes it.
+  std::vector<std::string> take(size_t enough) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait_for(lock, timeLimit, [&] { return texts_.size() >= enough; });
+    return std::exchange(texts_, {});
+  }
+
+  /// Waits until there will be no more, and takes it.
+  std::vector<std::string> takeAll(ScanPool& pool) {
+    const auto deadline = std::chrono::steady_clock::now() + timeLimit;
+    while (std::chrono::steady_clock::now() < deadline && pool.wait(std::chrono::milliseconds(100))) {
+    }
+    return take(0);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<std::string> texts_;
+};
 
 /// Starts so many threads and no more.
 ScanPool::StartThread atMost(int threads) {
@@ -180,8 +201,9 @@ TEST(ScanPool, NoHostHasMoreThanFourConnectionsBeItNamedOrRedirectedTo) {
     names.push_back(host + "/stream/" + std::to_string(number));
     names.push_back("http://behind/to/" + host + "/back/" + std::to_string(number));
   }
-  ScanPool pool(options, findOf(itemsOf(names, item)), nameOf);
-  EXPECT_THAT(textsOf(pool), ElementsAreArray(names));
+  Told told;
+  ScanPool pool(options, findOf(itemsOf(names, item)), nameOf, told.tell());
+  EXPECT_THAT(told.takeAll(pool), ElementsAreArray(names));
   for (const char* const host : {"from0", "from1", "from2", "behind"}) {
     EXPECT_LE(network.sources.most(host), 4) << host;
   }
@@ -202,32 +224,69 @@ TEST(ScanPool, ASlowHostKeepsNothingLocalWaiting) {
   for (const std::string& name : local) {
     items.push_back(brokenItem(name));
   }
-  ScanPool pool(optionsOf(2), findOf(items), nameOf);
-  EXPECT_THAT(textsOf(pool, local.size()), ElementsAreArray(local));
+  Told told;
+  ScanPool pool(optionsOf(2), findOf(items), nameOf, told.tell());
+  EXPECT_THAT(told.take(local.size()), ElementsAreArray(local));
   {
     const std::lock_guard<std::mutex> lock(mutex);
     isSlow = false;
   }
   changed.notify_all();
-  EXPECT_EQ(textsOf(pool).size(), 100U);
+  EXPECT_EQ(told.takeAll(pool).size(), 100U);
 }
 
 TEST(ScanPool, WhatIsUnderWayIsBounded) {
+  std::promise<void> isRead;
+  const std::shared_future<void> mayGoOn = isRead.get_future().share();
   std::atomic<uint64_t> found{0};
+  std::atomic<uint64_t> told{0};
   ScanPool pool(
       optionsOf(2),
       [&found](FoundItem& next, const auto& /*beforeWaiting*/) {
         next = brokenItem("/x");
         return ++found <= 3 * ScanPool::mostUnderWay;
       },
-      nameOf);
+      nameOf,
+      [&told, mayGoOn](const std::vector<JobPtr>& jobs) {
+        mayGoOn.wait_for(timeLimit);
+        told += jobs.size();
+      });
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   EXPECT_LE(found, ScanPool::mostUnderWay + Agenda::mostTogether);
-  EXPECT_EQ(textsOf(pool).size(), 3 * ScanPool::mostUnderWay);
+  isRead.set_value();
+  while (pool.wait(timeLimit)) {
+  }
+  EXPECT_EQ(told, 3 * ScanPool::mostUnderWay);
+}
+
+TEST(ScanPool, WhoTellsKeepsNoOtherWorkerWaiting) {
+  std::promise<void> isDone;
+  Told told;
+  std::atomic<int> formatted{0};
+  const auto format = [&](const Record& record) {
+    if (++formatted == 1000) {
+      isDone.set_value();
+    }
+    return record.name;
+  };
+  const std::shared_future<void> others = isDone.get_future().share();
+  const auto tell = [&, others](const std::vector<JobPtr>& jobs) {
+    EXPECT_EQ(others.wait_for(timeLimit), std::future_status::ready);
+    told.tell()(jobs);
+  };
+  ScanPool pool(optionsOf(2), findOf(itemsOf(numbered("/", 1000), brokenItem)), format, tell);
+  EXPECT_EQ(told.takeAll(pool).size(), 1000U);
+}
+
+TEST(ScanPool, AnExceptionOfWhoIsToldEndsTheScan) {
+  ScanPool pool(optionsOf(3), findOf(itemsOf(numbered("/", 10000), brokenItem)), nameOf,
+                [](const std::vector<JobPtr>& /*jobs*/) { throw std::bad_alloc(); });
+  EXPECT_THROW(while (pool.wait(timeLimit)){}, std::bad_alloc);
 }
 
 TEST(ScanPool, WhatWasFoundIsLookedAtBeforeTheFinderWaits) {
   std::promise<void> isDone;
+  Told told;
   ScanPool pool(
       optionsOf(1),
       [&, n = 0](FoundItem& found, const auto& beforeWaiting) mutable {
@@ -238,28 +297,31 @@ TEST(ScanPool, WhatWasFoundIsLookedAtBeforeTheFinderWaits) {
         }
         return n < 3;
       },
-      nameOf);
-  EXPECT_EQ(textsOf(pool, 2).size(), 2U);
+      nameOf, told.tell());
+  EXPECT_EQ(told.take(2).size(), 2U);
   isDone.set_value();
-  EXPECT_EQ(textsOf(pool).size(), 0U);
+  EXPECT_EQ(told.takeAll(pool).size(), 0U);
 }
 
 TEST(ScanPool, AnExceptionOfAWorkerEndsTheScan) {
-  ScanPool pool(optionsOf(3), findOf(itemsOf(numbered("/", 10000), brokenItem)), [](const Record& record) {
+  Told told;
+  const auto format = [](const Record& record) {
     return record.name == "/5000" ? throw std::runtime_error("no more") : record.name;
-  });
-  EXPECT_THROW(textsOf(pool), std::runtime_error);
+  };
+  ScanPool pool(optionsOf(3), findOf(itemsOf(numbered("/", 10000), brokenItem)), format, told.tell());
+  EXPECT_THROW(told.takeAll(pool), std::runtime_error);
 }
 
 TEST(ScanPool, AnExceptionWhileItemsAreFoundEndsTheScan) {
+  Told told;
   ScanPool pool(
       optionsOf(1),
       [n = 0](FoundItem& found, const auto& /*beforeWaiting*/) mutable {
         found = brokenItem("/x");
         return ++n < 100 ? true : throw std::bad_alloc();
       },
-      nameOf);
-  EXPECT_THROW(textsOf(pool), std::bad_alloc);
+      nameOf, told.tell());
+  EXPECT_THROW(told.takeAll(pool), std::bad_alloc);
 }
 
 TEST(ScanPool, WithFewerThreadsThanAskedForItTakesLonger) {
@@ -267,15 +329,17 @@ TEST(ScanPool, WithFewerThreadsThanAskedForItTakesLonger) {
   for (const int threads : {2, 3, 9}) {
     Options options = optionsOf(8);
     options.ordered = true;
-    ScanPool pool(options, findOf(itemsOf(names, brokenItem)), nameOf, atMost(threads));
-    EXPECT_THAT(textsOf(pool), ElementsAreArray(names)) << threads;
+    Told told;
+    ScanPool pool(options, findOf(itemsOf(names, brokenItem)), nameOf, told.tell(), atMost(threads));
+    EXPECT_THAT(told.takeAll(pool), ElementsAreArray(names)) << threads;
   }
 }
 
 TEST(ScanPool, WithoutThreadsThereIsAClearMessage) {
   for (const int threads : {0, 1}) {
+    Told told;
     try {
-      const ScanPool pool(optionsOf(8), findOf({}), nameOf, atMost(threads));
+      const ScanPool pool(optionsOf(8), findOf({}), nameOf, told.tell(), atMost(threads));
       FAIL() << threads;
     } catch (const std::runtime_error& error) {
       EXPECT_STREQ(error.what(), "no thread can be started: resource temporarily unavailable");

@@ -6,18 +6,18 @@
 
 namespace quorin_command {
 
-void Agenda::add(Job job) {
-  if (job.host.empty()) {
+void Agenda::add(JobPtr job) {
+  if (job->host.empty()) {
     local_.push_back(std::move(job));
     return;
   }
-  Host& host = hosts_[job.host];
+  Host& host = hosts_[job->host];
   host.jobs.push_back(std::move(job));
   update(host);
 }
 
-std::vector<Job> Agenda::take() {
-  std::vector<Job> jobs;
+std::vector<JobPtr> Agenda::take() {
+  std::vector<JobPtr> jobs;
   if (!mayGoOut()) {
     // A share that leaves something for the other workers, so that all are done at the same time.
     const size_t share = std::clamp<size_t>(local_.size() / (2 * most_), 1, mostTogether);

@@ -8,6 +8,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -31,7 +32,7 @@ namespace quorin_command {
 
 namespace {
 
-/// How long the main thread waits for results before it looks after the progress.
+/// How often the main thread looks after the progress.
 constexpr std::chrono::milliseconds patience(100);
 
 /// Counts what a scan will find, ahead of it, for the progress alone; which goes without where that is not possible.
@@ -140,9 +141,13 @@ class Scan {
     const auto find = [&finder](FoundItem& item, const auto& beforeWaiting) {
       return finder.next(item, beforeWaiting);
     };
-    ScanPool pool(options_, find, json ? ScanPool::Format(asJson) : asRow);
+    head_ = json ? std::string() : tableHead(terminal_);
+    ScanPool pool(options_, find, json ? ScanPool::Format(asJson) : asRow,
+                  [this](const std::vector<JobPtr>& jobs) { tell(jobs); });
     try {
-      tellAll(pool, json ? std::string() : tableHead(terminal_), [&] { showProgress(census.get(), finder); });
+      while (pool.wait(patience)) {
+        showProgress(census.get(), finder);
+      }
     } catch (const std::bad_alloc&) {
       giveUp("out of memory");
     } catch (const std::exception& exception) {
@@ -156,16 +161,14 @@ class Scan {
   const ScanSummary& summary() const { return summary_; }
 
  private:
-  /// @param lines what is to be written first
-  void tellAll(ScanPool& pool, std::string lines, const std::function<void()>& meanwhile) {
-    for (std::vector<ScanPool::Result> results; pool.take(results, patience);) {
-      for (const ScanPool::Result& result : results) {
-        tell(result, lines);
-      }
-      write(lines);
-      lines.clear();
-      meanwhile();
+  /// Called by the workers, one at a time.
+  void tell(const std::vector<JobPtr>& jobs) {
+    const std::lock_guard<std::mutex> lock(telling_);
+    std::string lines = std::exchange(head_, {});
+    for (const JobPtr& job : jobs) {
+      tell(*job, lines);
     }
+    write(lines);
   }
 
   /// Ends the program at once: a worker may be waiting for a server, and who finds the items for a pipe that says no
@@ -176,22 +179,22 @@ class Scan {
     ::_exit(EXIT_OUTPUT);
   }
 
-  /// @param lines what is to be written; the result's is added
-  void tell(const ScanPool::Result& result, std::string& lines) {
-    summary_.count(result.record);
-    current_ = result.record.name;
-    const bool complains = hasFailed(result.record) && !options_.quiet;
+  /// @param lines what is to be written; the job's is added
+  void tell(const Job& job, std::string& lines) {
+    summary_.count(job.record);
+    current_ = job.record.name;
+    const bool complains = hasFailed(job.record) && !options_.quiet;
     if (complains || options_.verbose) {
       write(std::exchange(lines, {}));  // at a terminal both come to the same place, and in their order
       hideProgressLine();
     }
     if (options_.verbose) {
-      tellMoreAbout(result.record);
+      tellMoreAbout(job.record);
     }
     if (complains) {
-      complainAbout(result.record);
+      complainAbout(job.record);
     }
-    lines += result.text;
+    lines += job.text;
   }
 
   void write(const std::string& lines) {
@@ -204,6 +207,7 @@ class Scan {
   }
 
   void showProgress(const Census* census, const Finder& finder) {
+    const std::lock_guard<std::mutex> lock(telling_);
     if (census != nullptr) {
       progress_.show(
           {summary_.items() + finder.unchanged(), census->found(), census->isDone(), summary_.failed(), current_});
@@ -213,6 +217,8 @@ class Scan {
   const Options& options_;
   const Terminal terminal_;
   Progress progress_;
+  std::mutex telling_;  ///< taken by who writes
+  std::string head_;    ///< what is to be written first
   ScanSummary summary_;
   std::string current_;
 };

@@ -11,21 +11,25 @@ namespace quorin_command {
 
 namespace {
 
-Job jobOf(const FoundItem& found) {
-  Job job;
-  job.record = begun(found.name);
-  job.record.file = found.file;
+JobPtr jobOf(const FoundItem& found) {
+  auto job = std::make_unique<Job>();
+  job->record = begun(found.name);
+  job->record.file = found.file;
   if (found.error) {
-    job.record.error = found.error;
+    job->record.error = found.error;
   }
-  job.host = job.record.error ? std::string() : hostOf(job.record.uri);
+  job->host = job->record.error ? std::string() : hostOf(job->record.uri);
   return job;
 }
 
 }  // namespace
 
-ScanPool::ScanPool(const Options& options, Find find, Format format, const StartThread& startThread)
-    : options_(options), find_(std::move(find)), format_(std::move(format)), agenda_(options.workers) {
+ScanPool::ScanPool(const Options& options, Find find, Format format, Tell tell, const StartThread& startThread)
+    : options_(options),
+      find_(std::move(find)),
+      format_(std::move(format)),
+      tell_(std::move(tell)),
+      agenda_(options.workers) {
   try {
     start(startThread);
   } catch (...) {
@@ -68,7 +72,7 @@ void ScanPool::stop() {
   }
 }
 
-/// What a thread does, from its begin to its end. An exception ends them all, and is kept for who takes the results.
+/// What a thread does, from its begin to its end. An exception ends them all, and is kept for who waits.
 void ScanPool::guarded(void (ScanPool::*duty)()) {
   try {
     (this->*duty)();
@@ -80,11 +84,11 @@ void ScanPool::guarded(void (ScanPool::*duty)()) {
   }
   found_.notify_all();
   roomMade_.notify_all();
-  done_.notify_all();
+  ended_.notify_all();
 }
 
 void ScanPool::findItems() {
-  std::vector<Job> jobs;
+  std::vector<JobPtr> jobs;
   bool goesOn = true;
   const auto handIn = [&] { goesOn = takeIn(jobs); };
   for (FoundItem item; goesOn && find_(item, handIn);) {
@@ -99,20 +103,20 @@ void ScanPool::findItems() {
     allFound_ = true;
   }
   found_.notify_all();
-  done_.notify_all();
+  ended_.notify_all();
 }
 
 /// Gives jobs to the workers, when there is room for them. @return false when the pool is stopping
-bool ScanPool::takeIn(std::vector<Job>& jobs) {
+bool ScanPool::takeIn(std::vector<JobPtr>& jobs) {
   bool isForOthers = false;
   {
     std::unique_lock<std::mutex> lock(mutex_);
-    roomMade_.wait(lock, [&] { return stopping_ || foundCount_ - takenCount_ + jobs.size() <= mostUnderWay; });
+    roomMade_.wait(lock, [&] { return stopping_ || foundCount_ - toldCount_ + jobs.size() <= mostUnderWay; });
     if (stopping_) {
       return false;
     }
-    for (Job& job : jobs) {
-      job.number = foundCount_++;
+    for (JobPtr& job : jobs) {
+      job->number = foundCount_++;
       agenda_.add(std::move(job));
     }
     isForOthers = agenda_.hasNext();  // than those who are at work, and will look for more when they are done
@@ -126,9 +130,9 @@ bool ScanPool::takeIn(std::vector<Job>& jobs) {
 
 void ScanPool::work() {
   Analysis analysis(options_);
-  for (std::vector<Job> jobs; takeJobs(jobs);) {
-    const std::string host = jobs.front().host;
-    std::vector<Done> done;
+  for (std::vector<JobPtr> jobs; takeJobs(jobs);) {
+    const std::string host = jobs.front()->host;
+    std::vector<JobPtr> done;
     try {
       doAll(analysis, jobs, done);
     } catch (...) {
@@ -143,19 +147,19 @@ void ScanPool::work() {
 /// Looks at each item, or at one step of the way to it. Where a redirect leads to another host, the job waits for that
 /// one like any other job: no worker waits with it, and none asks a host that has enough of them.
 /// @param jobs keeps those that are not done
-void ScanPool::doAll(Analysis& analysis, std::vector<Job>& jobs, std::vector<Done>& done) {
-  std::vector<Job> further;
+void ScanPool::doAll(Analysis& analysis, std::vector<JobPtr>& jobs, std::vector<JobPtr>& done) {
+  std::vector<JobPtr> further;
   auto lastHandedOver = std::chrono::steady_clock::now();
-  for (Job& job : jobs) {
-    const bool goesOn = analysis.step(job.record);
+  for (JobPtr& job : jobs) {
+    const bool goesOn = analysis.step(job->record);
     analysis.close();
     if (goesOn) {
-      job.host = hostOf(job.record.uri);
+      job->host = hostOf(job->record.uri);
       further.push_back(std::move(job));
       continue;
     }
-    std::string text = format_(job.record);
-    done.push_back({job.number, {std::move(job.record), std::move(text)}});
+    job->text = format_(job->record);
+    done.push_back(std::move(job));
     if (const auto now = std::chrono::steady_clock::now(); now - lastHandedOver > mostHeldBack) {
       handOver(done);
       lastHandedOver = now;
@@ -164,7 +168,7 @@ void ScanPool::doAll(Analysis& analysis, std::vector<Job>& jobs, std::vector<Don
   jobs = std::move(further);
 }
 
-bool ScanPool::takeJobs(std::vector<Job>& jobs) {
+bool ScanPool::takeJobs(std::vector<JobPtr>& jobs) {
   std::unique_lock<std::mutex> lock(mutex_);
   const auto allDone = [this] { return allFound_ && doneCount_ == foundCount_; };
   found_.wait(lock, [&] { return stopping_ || agenda_.hasNext() || allDone(); });
@@ -178,31 +182,62 @@ bool ScanPool::takeJobs(std::vector<Job>& jobs) {
   return true;
 }
 
-void ScanPool::handOver(std::vector<Done>& done) {
-  if (done.empty()) {
-    return;
-  }
-  bool isEnough = false;
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    for (Done& item : done) {
-      results_.emplace(item.number, std::move(item.result));
-    }
-    doneCount_ += done.size();
-    isEnough = results_.size() >= enoughToTake || doneCount_ == foundCount_;
+void ScanPool::handOver(std::vector<JobPtr>& done) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  doneCount_ += done.size();
+  for (JobPtr& job : done) {
+    const uint64_t number = job->number;
+    done_.emplace(number, std::move(job));
   }
   done.clear();
-  if (isEnough) {
-    done_.notify_one();
+  if (!isTelling_) {
+    tellDone(lock);
   }
 }
 
-void ScanPool::release(const std::string& host, std::vector<Job>& further) {
+/// Tells all there is to tell, also what other workers hand over meanwhile: they need not wait for whoever reads it.
+void ScanPool::tellDone(std::unique_lock<std::mutex>& lock) {
+  struct Telling {
+    explicit Telling(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Telling() { flag_ = false; }
+    bool& flag_;
+  } const telling(isTelling_);
+  for (std::vector<JobPtr> next = takeDone(); !next.empty(); next = takeDone()) {
+    const size_t count = next.size();
+    lock.unlock();
+    try {
+      tell_(next);
+    } catch (...) {
+      lock.lock();
+      throw;
+    }
+    next.clear();  // by who made most of it, and so seldom waiting for the memory of another thread
+    lock.lock();
+    toldCount_ += count;
+    roomMade_.notify_one();
+  }
+  if (failure_ || (allFound_ && toldCount_ == foundCount_)) {
+    ended_.notify_all();
+  }
+}
+
+/// What can be told now: with an order, what comes next in it.
+std::vector<JobPtr> ScanPool::takeDone() {
+  std::vector<JobPtr> next;
+  uint64_t number = toldCount_;
+  for (auto job = done_.begin(); job != done_.end() && (!options_.ordered || job->first == number++);) {
+    next.push_back(std::move(job->second));
+    job = done_.erase(job);
+  }
+  return next;
+}
+
+void ScanPool::release(const std::string& host, std::vector<JobPtr>& further) {
   bool allDone = false;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     agenda_.release(host);
-    for (Job& job : further) {
+    for (JobPtr& job : further) {
       agenda_.add(std::move(job));  // whoever calls takes what may be taken now
     }
     allDone = allFound_ && doneCount_ == foundCount_;
@@ -212,23 +247,14 @@ void ScanPool::release(const std::string& host, std::vector<Job>& further) {
   }
 }
 
-bool ScanPool::take(std::vector<Result>& results, std::chrono::milliseconds patience) {
-  results.clear();
+bool ScanPool::wait(std::chrono::milliseconds patience) {
   std::unique_lock<std::mutex> lock(mutex_);
-  const auto isNext = [this](const auto& entry) { return !options_.ordered || entry.first == takenCount_; };
-  const auto hasNext = [&] { return !results_.empty() && isNext(*results_.begin()); };
-  const auto allTaken = [this] { return allFound_ && takenCount_ == foundCount_; };
-  done_.wait_for(lock, patience, [&] { return allTaken() || failure_ || hasNext(); });
-  while (hasNext()) {
-    results.push_back(std::move(results_.begin()->second));
-    results_.erase(results_.begin());
-    ++takenCount_;
-  }
-  if (results.empty() && failure_) {
+  const auto allTold = [this] { return allFound_ && toldCount_ == foundCount_; };
+  ended_.wait_for(lock, patience, [&] { return allTold() || (failure_ && !isTelling_); });
+  if (failure_ && !isTelling_) {
     std::rethrow_exception(failure_);
   }
-  roomMade_.notify_one();
-  return !results.empty() || !allTaken();
+  return !allTold();
 }
 
 }  // namespace quorin_command
