@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <string>
@@ -16,16 +17,19 @@ namespace quorin_command {
 
 namespace {
 
-volatile std::sig_atomic_t lineUnderWay = 0;
-volatile std::sig_atomic_t interrupted = 0;
-volatile std::sig_atomic_t progressLineStands = 0;
+/// Who writes and who is interrupted may be two threads. Each tells the other first and then looks, so that one of them
+/// sees it.
+std::atomic<bool> lineUnderWay{false};
+std::atomic<bool> interrupted{false};
+std::atomic<bool> progressLineStands{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "signal handlers use them");
 
 constexpr std::string_view eraseLine = "\r\x1b[K";
 
 /// For signal handlers. A terminal that is held up keeps its line: the end of the program does not wait for it.
 void eraseProgressLine() {
   struct pollfd terminal = {STDERR_FILENO, POLLOUT, 0};
-  if (progressLineStands != 0 && ::poll(&terminal, 1, 0) == 1) {
+  if (progressLineStands && ::poll(&terminal, 1, 0) == 1) {
     static_cast<void>(!::write(STDERR_FILENO, eraseLine.data(), eraseLine.size()));
   }
 }
@@ -37,10 +41,9 @@ void eraseProgressLine() {
 }
 
 void onInterrupt(int /*signal*/) {
-  if (lineUnderWay == 0 || interrupted != 0) {
+  if (interrupted.exchange(true) || !lineUnderWay) {
     endInterrupted();
   }
-  interrupted = 1;
 }
 
 /// The signal ends the program as it would have without us: when this returns, and it can arrive again.
@@ -109,10 +112,10 @@ void prepareStreams() {
 }
 
 bool writeData(std::string_view text) {
-  lineUnderWay = 1;
-  const int error = writeAll(STDOUT_FILENO, text);
-  lineUnderWay = 0;
-  if (interrupted != 0) {
+  lineUnderWay = true;
+  const int error = interrupted ? 0 : writeAll(STDOUT_FILENO, text);
+  lineUnderWay = false;
+  if (interrupted) {
     endInterrupted();
   }
   return isFine(error);
@@ -123,14 +126,14 @@ bool closeData() { return isFine(::close(STDOUT_FILENO) == 0 ? 0 : errno); }
 void writeTalk(std::string_view text) { static_cast<void>(writeAll(STDERR_FILENO, text)); }
 
 void showProgressLine(std::string_view line) {
-  progressLineStands = 1;
+  progressLineStands = true;
   writeTalk(std::string(eraseLine).append(line));
 }
 
 void hideProgressLine() {
-  if (progressLineStands != 0) {
+  if (progressLineStands) {
     writeTalk(eraseLine);
-    progressLineStands = 0;
+    progressLineStands = false;
   }
 }
 

@@ -5,7 +5,7 @@
 
 namespace quorin_command {
 
-/// Starts a thread that SIGINT and SIGTERM pass by: the main thread alone knows whether a line is on its way out.
+/// Starts a thread that SIGINT and SIGTERM pass by: the main thread meets them, whatever the others are at.
 /// Throws std::system_error when there can be no more threads.
 std::thread startInBackground(std::function<void()> work);
 
