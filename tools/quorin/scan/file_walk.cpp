@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -32,6 +33,15 @@ bool readName(DIR* folder, std::string& name) {
 }
 
 }  // namespace
+
+/// From the folder, while it is open: the kernel need not walk the whole path for each file. Not where the path is too
+/// long to be opened.
+int FileWalk::statOf(const Folder& folder, const std::string& name, const std::string& path, struct stat& status) {
+  if (folder.stream && path.size() < PATH_MAX) {
+    return ::fstatat(::dirfd(folder.stream.get()), name.c_str(), &status, 0);
+  }
+  return ::stat(path.c_str(), &status);
+}
 
 FileWalk::FileWalk(std::function<bool(std::string&)> roots, Order order) : roots_(std::move(roots)), order_(order) {}
 
@@ -65,9 +75,7 @@ FileWalk::Step FileWalk::stepInFolder(FoundItem& item) {
   }
   const std::string path = folder.path + name;
   struct stat status = {};
-  // From the folder, while it is open: the kernel need not walk the whole path for each file.
-  const int failed =
-      folder.stream ? ::fstatat(::dirfd(folder.stream.get()), name.c_str(), &status, 0) : ::stat(path.c_str(), &status);
+  const int failed = statOf(folder, name, path, status);
   if (failed != 0) {
     if (errno == ENOENT || errno == ELOOP) {
       return Step::GoOn;  // a link to nowhere or to itself, or a file that has just gone

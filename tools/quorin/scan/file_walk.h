@@ -57,6 +57,7 @@ class FileWalk {
 
   static FolderId idOf(const struct stat& status) { return {status.st_dev, status.st_ino}; }
   static bool takeName(Folder& folder, std::string& name);
+  static int statOf(const Folder& folder, const std::string& name, const std::string& path, struct stat& status);
   Step stepInFolder(FoundItem& item);
   Step stepToRoot(FoundItem& item);
   Step leave(FoundItem& item, int error);
