@@ -251,7 +251,12 @@ TEST(ScanPool, WhatIsUnderWayIsBounded) {
         mayGoOn.wait_for(timeLimit);
         told += jobs.size();
       });
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  const auto deadline = std::chrono::steady_clock::now() + timeLimit / 2;
+  while (found < ScanPool::mostUnderWay && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_GE(found, ScanPool::mostUnderWay);
   EXPECT_LE(found, ScanPool::mostUnderWay + Agenda::mostTogether);
   isRead.set_value();
   while (pool.wait(timeLimit)) {
@@ -264,7 +269,7 @@ TEST(ScanPool, WhoTellsKeepsNoOtherWorkerWaiting) {
   Told told;
   std::atomic<int> formatted{0};
   const auto format = [&](const Record& record) {
-    if (++formatted == 1000) {
+    if (++formatted == 1000 - static_cast<int>(Agenda::mostTogether)) {  // the others may be those of who tells
       isDone.set_value();
     }
     return record.name;

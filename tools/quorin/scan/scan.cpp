@@ -137,7 +137,8 @@ class Scan {
     const auto asJson = [](const Record& record) { return jsonLine(record); };
     const auto asRow = [this](const Record& record) { return tableRow(record, terminal_); };
     const bool json = options_.json || terminal_.width == 0;
-    const std::unique_ptr<Census> census = progress_.isShown() ? std::make_unique<Census>(options_) : nullptr;
+    census_ = progress_.isShown() ? std::make_unique<Census>(options_) : nullptr;
+    finder_ = &finder;
     const auto find = [&finder](FoundItem& item, const auto& beforeWaiting) {
       return finder.next(item, beforeWaiting);
     };
@@ -146,7 +147,7 @@ class Scan {
                   [this](const std::vector<JobPtr>& jobs) { tell(jobs); });
     try {
       while (pool.wait(patience)) {
-        showProgress(census.get(), finder);
+        tell({});
       }
     } catch (const std::bad_alloc&) {
       giveUp("out of memory");
@@ -161,7 +162,7 @@ class Scan {
   const ScanSummary& summary() const { return summary_; }
 
  private:
-  /// Called by the workers, one at a time.
+  /// Called by the workers with what is done, one at a time, and by the main thread now and then.
   void tell(const std::vector<JobPtr>& jobs) {
     const std::lock_guard<std::mutex> lock(telling_);
     std::string lines = std::exchange(head_, {});
@@ -169,6 +170,7 @@ class Scan {
       tell(*job, lines);
     }
     write(lines);
+    showProgress();
   }
 
   /// Ends the program at once: a worker may be waiting for a server, and who finds the items for a pipe that says no
@@ -198,27 +200,31 @@ class Scan {
   }
 
   void write(const std::string& lines) {
+    if (lines.empty()) {
+      return;
+    }
     if (terminal_.width != 0) {
       hideProgressLine();
     }
-    if (!lines.empty() && !writeData(lines)) {
+    if (!writeData(lines)) {
       ::_exit(EXIT_OUTPUT);  // at once, as `giveUp` does
     }
   }
 
-  void showProgress(const Census* census, const Finder& finder) {
-    const std::lock_guard<std::mutex> lock(telling_);
-    if (census != nullptr) {
+  void showProgress() {
+    if (census_ != nullptr) {
       progress_.show(
-          {summary_.items() + finder.unchanged(), census->found(), census->isDone(), summary_.failed(), current_});
+          {summary_.items() + finder_->unchanged(), census_->found(), census_->isDone(), summary_.failed(), current_});
     }
   }
 
   const Options& options_;
   const Terminal terminal_;
   Progress progress_;
-  std::mutex telling_;  ///< taken by who writes
-  std::string head_;    ///< what is to be written first
+  std::unique_ptr<Census> census_;  ///< for the progress
+  const Finder* finder_ = nullptr;  ///< while it runs
+  std::mutex telling_;              ///< taken by who writes
+  std::string head_;                ///< what is to be written first
   ScanSummary summary_;
   std::string current_;
 };

@@ -182,15 +182,18 @@ bool ScanPool::takeJobs(std::vector<JobPtr>& jobs) {
   return true;
 }
 
+/// When a thread has failed, nothing is told any more: whoever waits for the pool says so, and ends the program.
+/// @param done emptied, also by an exception: nothing is handed over twice
 void ScanPool::handOver(std::vector<JobPtr>& done) {
+  std::vector<JobPtr> jobs;
+  jobs.swap(done);
   std::unique_lock<std::mutex> lock(mutex_);
-  doneCount_ += done.size();
-  for (JobPtr& job : done) {
+  for (JobPtr& job : jobs) {
     const uint64_t number = job->number;
     done_.emplace(number, std::move(job));
+    ++doneCount_;
   }
-  done.clear();
-  if (!isTelling_) {
+  if (!isTelling_ && !failure_) {
     tellDone(lock);
   }
 }
@@ -202,13 +205,14 @@ void ScanPool::tellDone(std::unique_lock<std::mutex>& lock) {
     ~Telling() { flag_ = false; }
     bool& flag_;
   } const telling(isTelling_);
-  for (std::vector<JobPtr> next = takeDone(); !next.empty(); next = takeDone()) {
+  for (std::vector<JobPtr> next = takeDone(); !next.empty() && !failure_; next = takeDone()) {
     const size_t count = next.size();
     lock.unlock();
     try {
       tell_(next);
     } catch (...) {
       lock.lock();
+      failure_ = failure_ ? failure_ : std::current_exception();
       throw;
     }
     next.clear();  // by who made most of it, and so seldom waiting for the memory of another thread
