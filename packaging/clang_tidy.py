@@ -23,20 +23,21 @@ def preprocessed(entry):
     """What the compiler sees of a file; None when it does not get that far."""
     command = shlex.split(entry["command"])
     output = command.index("-o")
-    command[output:output + 2] = ["-E", "-C"]
+    command[output:output + 2] = ["-E", "-C", "-dD"]  # with the comments, and the macros
     result = subprocess.run(command, cwd=entry["directory"], capture_output=True, check=False)
     return result.stdout if result.returncode == 0 else None
 
 
 def check(entry, build, conditions, passed):
-    """Returns the stamp of a file that passes, and what clang-tidy says of one that does not."""
+    """Returns the stamp of a file that passes, or None, and what clang-tidy says of one that does not."""
     text = preprocessed(entry)
-    stamp = passed / hashlib.sha256(conditions + entry["command"].encode() + (text or b"")).hexdigest()
+    own = pathlib.Path(entry["file"]).read_bytes()
+    stamp = passed / hashlib.sha256(conditions + entry["command"].encode() + own + (text or b"")).hexdigest()
     if text is not None and stamp.exists():
         return stamp, ""
     result = subprocess.run([TIDY, "-quiet", "-p", build, entry["file"]], capture_output=True, text=True, check=False)
     if result.returncode != 0:
-        return None, result.stdout or result.stderr
+        return None, result.stdout or f"{entry['file']}: error: {TIDY} ended with {result.returncode}: {result.stderr}"
     stamp.touch()
     return stamp, ""
 
@@ -55,9 +56,9 @@ def main():
         results = list(pool.map(lambda entry: check(entry, build, conditions, passed), entries))
     for stamp in set(passed.iterdir()) - {stamp for stamp, _ in results}:
         stamp.unlink()
-    findings = [finding for _, finding in results if finding]
-    print("\n".join(findings), end="")
-    sys.exit(1 if findings else 0)
+    failed = [finding for stamp, finding in results if stamp is None]
+    print("\n".join(failed), end="")
+    sys.exit(1 if failed else 0)
 
 
 main()
