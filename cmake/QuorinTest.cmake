@@ -37,8 +37,8 @@ endfunction()
 function(quorin_add_test_parts name)
   math(EXPR last "${QUORIN_TEST_PARTS} - 1")
   foreach(part RANGE ${last})
-    add_test(NAME ${name}.${part} COMMAND ${name} --gtest_brief=1)
-    set_tests_properties(${name}.${part} PROPERTIES TIMEOUT 900 LABELS ${name}
+    add_test(NAME ${name}.${part} COMMAND ${name})
+    set_tests_properties(${name}.${part} PROPERTIES TIMEOUT 600 LABELS ${name}
       ENVIRONMENT "GTEST_TOTAL_SHARDS=${QUORIN_TEST_PARTS};GTEST_SHARD_INDEX=${part}")
   endforeach()
 endfunction()
