@@ -1,6 +1,7 @@
 #include "window.h"
 
 #include <cstring>
+#include <initializer_list>
 
 namespace memory_platform {
 
@@ -40,9 +41,12 @@ void Window::append(const unsigned char* bytes, unsigned int count) {
   }
 }
 
-/// The fill that `count` bytes take, in the steps that the interface tells: 4096 bytes, 8192, 16384 and so on.
+/// The fill that `count` bytes take, in the steps that the interface tells.
 unsigned int Window::stepOf(unsigned int count) const {
-  unsigned int step = 4096;
+  unsigned int step = 65536;
+  for (const unsigned int smaller : {49152U, 32768U, 24576U, 16384U, 8192U, 4096U}) {
+    step = count <= smaller ? smaller : step;
+  }
   while (step < count) {
     step *= 2;
   }
