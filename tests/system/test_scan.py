@@ -71,8 +71,8 @@ def test_a_list_with_other_line_ends_is_told(quorin, tree):
     hint = "the name ends with a carriage return (a list with CRLF line ends?)"
     for command in ("scan", "probe"):
         complaints = quorin(command, "--files-from", "-", text=b"music/a/1.mp3\r\n\thttp://[\r\n").complaints
-        assert complaints[0] == f"quorin: music/a/1.mp3\\r: no such file or directory; {hint}"
-        assert complaints[1].endswith(hint)
+        assert f"quorin: music/a/1.mp3\\r: no such file or directory; {hint}" in complaints
+        assert [complaint.endswith(hint) for complaint in complaints[:2]] == [True, True]
 
 
 def test_names_of_every_kind(quorin, tmp_path, plain_mp3):
