@@ -34,6 +34,7 @@ function(quorin_tests name)
   endif()
 endfunction()
 
+# Parts as GoogleTest makes them: one takes every n-th test, so slow ones that stand together are shared out.
 function(quorin_add_test_parts name)
   math(EXPR last "${QUORIN_TEST_PARTS} - 1")
   foreach(part RANGE ${last})
