@@ -178,9 +178,12 @@ TEST(FileSource, TheStartIsReadAtOnceAndWhatWasReadLastIsKept) {
     return std::make_pair(after.reads - before.reads, after.bytes - before.bytes);
   };
   const auto nothing = std::make_pair(0U, 0ULL);
-  EXPECT_EQ(costOf(0, 100), std::make_pair(1U, 16384ULL));
-  EXPECT_EQ(costOf(16284, 100), nothing);
+  EXPECT_EQ(costOf(0, 100), std::make_pair(1U, 9216ULL));
+  EXPECT_EQ(costOf(9116, 100), nothing);
   EXPECT_EQ(costOf(67, 8192), nothing);
+  EXPECT_EQ(costOf(9216, 100), std::make_pair(1U, 9216ULL)) << "as much again where the reader goes on";
+  EXPECT_EQ(costOf(18332, 100), nothing);
+  EXPECT_EQ(costOf(18431, 2), std::make_pair(1U, 9216ULL)) << "also when one read takes from before and from behind";
   EXPECT_EQ(costOf(70000, 4096), std::make_pair(1U, 4096ULL)) << "only what was asked for, away from the start";
   EXPECT_EQ(costOf(70010, 4086), nothing);
   EXPECT_EQ(costOf(70010, 4096), std::make_pair(1U, 10ULL)) << "and only what is not there yet";

@@ -11,6 +11,9 @@ namespace {
 
 /// Up to here a fill takes little longer than a smaller one.
 constexpr unsigned int smallFill = 16384;
+/// Memory of a region from its first fill on. Most items never take more, so what they took need not be moved; it is
+/// the memory that is set aside, not the bytes that are read.
+constexpr unsigned int leastReserved = 24576;
 /// Behind this the region is one of 1 MiB: when it grows, bytes are held twice, and memory counts more than reads do.
 constexpr unsigned int largestBetween = 65536;
 
@@ -67,12 +70,13 @@ void CacheRegion::reserve(unsigned int size) {
   if (size <= reserved_) {
     return;
   }
-  std::unique_ptr<unsigned char[]> larger(new unsigned char[size]);  // not zeroed: read into at once
+  const unsigned int reserved = std::min(std::max(size, leastReserved), capacity_);
+  std::unique_ptr<unsigned char[]> larger(new unsigned char[reserved]);  // not zeroed: read into at once
   if (size_ != 0) {
     std::memcpy(larger.get(), bytes_.get(), size_);
   }
   bytes_ = std::move(larger);
-  reserved_ = size;
+  reserved_ = reserved;
 }
 
 }  // namespace zu::md::common::strell
