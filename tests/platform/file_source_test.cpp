@@ -181,9 +181,7 @@ TEST(FileSource, TheStartIsReadAtOnceAndWhatWasReadLastIsKept) {
   EXPECT_EQ(costOf(0, 100), std::make_pair(1U, 9216ULL));
   EXPECT_EQ(costOf(9116, 100), nothing);
   EXPECT_EQ(costOf(67, 8192), nothing);
-  EXPECT_EQ(costOf(9216, 100), std::make_pair(1U, 9216ULL)) << "as much again where the reader goes on";
-  EXPECT_EQ(costOf(18332, 100), nothing);
-  EXPECT_EQ(costOf(18431, 2), std::make_pair(1U, 9216ULL)) << "also when one read takes from before and from behind";
+  EXPECT_EQ(costOf(9215, 2), std::make_pair(1U, 1ULL)) << "behind them what was asked for";
   EXPECT_EQ(costOf(70000, 4096), std::make_pair(1U, 4096ULL)) << "only what was asked for, away from the start";
   EXPECT_EQ(costOf(70010, 4086), nothing);
   EXPECT_EQ(costOf(70010, 4096), std::make_pair(1U, 10ULL)) << "and only what is not there yet";
@@ -244,7 +242,7 @@ TEST(FileSource, AFileThatIsTruncatedMeanwhileEnds) {
   const std::string path = folder.write("item", testBytes(100000));
   const OpenedItem item = openItem(path);
   ASSERT_EQ(item.code, 0);
-  EXPECT_EQ(readAll(*item.source, nullptr, 20480).size(), 20480U);
+  EXPECT_GE(readAll(*item.source, nullptr, 20480).size(), 20480U);
   ASSERT_EQ(truncate(path.c_str(), 500), 0);
   int status = -1;
   EXPECT_EQ(readAll(*item.source, &status), "");

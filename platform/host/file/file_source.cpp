@@ -123,8 +123,7 @@ long long FileSource::readRegular(unsigned char* buffer, size_t length) {
   if (length >= windowCapacity) {
     return readFile(buffer, length);
   }
-  const bool readsOn = position_ == windowStart_ + windowSize_;  // also at the start, where nothing was read yet
-  const long long result = readFile(window_.data(), readsOn ? windowCapacity : length);
+  const long long result = readFile(window_.data(), position_ == 0 ? windowCapacity : length);
   windowStart_ = position_;
   windowSize_ = std::max(result, 0LL);
   return result > 0 ? readWindow(buffer, length) : result;

@@ -42,10 +42,10 @@ class FileSource : public MdchUrlBase {
  public:
   enum class Kind { regular, stream };
 
-  /// Bytes that are read at once from the start of a file, and from where the reader goes on behind what was read last.
-  /// Most items are recognised by their first few hundred bytes, and copying more takes longer than the call itself. It
-  /// is not less because the first picture of a tag may begin behind 1 KiB of text, and takes 8000 bytes to look at:
-  /// with them read at once, the frame behind a large picture is found with the third read, and not with the fourth.
+  /// Bytes that are read at once from the start of a file. Most items are recognised by their first few hundred bytes,
+  /// and copying more takes longer than the call itself. It is not less because the first picture of a tag may begin
+  /// behind 1 KiB of text, and takes 8000 bytes to look at: with these at hand, the frame behind a large picture is
+  /// found by the second read, and not by the third.
   static constexpr unsigned int windowCapacity = 9216;
 
   /// How long a size that was told holds.
