@@ -98,14 +98,15 @@ class Figures:
 def one_file(figures):
     rows = []
     for variant in figures.variants:
-        ours = figures.time(variant, OURS)
+        ours, floor = figures.time(variant, OURS), figures.time(variant, FLOOR)
         peer, time = figures.best_peer(variant)
-        cover = WITH_LARGE_COVER.get(variant)
-        rows.append([variant, number(ours / figures.time(variant, FLOOR), 2), number(time / ours, 2), peer,
+        without = WITH_LARGE_COVER.get(variant)
+        rows.append([variant, number(ours / floor, 2), number(time / ours, 2), number(time / floor, 2), peer,
                      number(figures.time(variant, "TagLib") / ours),
-                     number(ours / figures.time(cover, OURS), 2) if cover else ""])
-    return table(["variant", "ours / floor", "fastest peer / ours", "which", "TagLib / ours",
-                  "ours / ours without cover"], rows)
+                     *(number(figures.time(variant, who) / figures.time(without, who), 2) if without else ""
+                       for who in (OURS, FLOOR))])
+    return table(["variant", "ours / floor", "fastest peer / ours", "fastest peer / floor", "which", "TagLib / ours",
+                  "ours / ours without cover", "floor / floor without cover"], rows)
 
 
 def bare_times(figures):
@@ -222,7 +223,10 @@ picture in the file, `5m`, `5g` and `1g` the length of a file that is mostly a h
 The **floor** is the system calls that an analysis makes on the file, with nothing else: the attempt to open it as a
 folder, open, fstat, the same reads, close. That is what this machine takes whatever the program does. All readers take
 turns in one process, over the whole library, {conditions["rounds"]} times; the figures are medians.
-A peer counts as the fastest only where it recognises the file as ours does.
+A peer counts as the fastest only where it recognises the file as ours does. "Fastest peer / floor" is what no program
+could exceed that makes these calls, and "floor / floor without cover" what none could go below: on a machine that is slow
+at copying memory, the read behind a large cover alone may take more than 0.3 of what a file without one takes, and
+mpg123, which looks at no frame of a tag, gets close.
 
 {wrapped(f"Peers: {peers()}.")}
 

@@ -190,7 +190,8 @@ def range_server(answer):
         with connection.makefile("rb") as lines:
             while line := lines.readline():
                 if line.startswith(b"Range: bytes="):
-                    asked = map(int, line.decode().partition("=")[2].split("-"))
+                    first, last = line.decode().partition("=")[2].split("-")
+                    asked = int(first), int(last) if last.strip() else everything[1]
                 elif line == b"\r\n":
                     connection.sendall(answer(*asked))
                     asked = everything
