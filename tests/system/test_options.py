@@ -150,7 +150,7 @@ def test_more_is_said_of_each_item(quorin, album):
     result = quorin("-v", "02 日本語の歌.mp3", "noise.bin", "missing")
     assert details(result) == [
         "quorin: 02 日本語の歌.mp3: audio: 9.1 KiB in 2 reads",
-        "quorin: noise.bin: unknown (status -287): 16.0 KiB in 1 read",
+        "quorin: noise.bin: unknown (status -287): 9.0 KiB in 1 read",
         "quorin: noise.bin: not recognised",
         "quorin: missing: error (status -296): 0 bytes in 0 reads",
         "quorin: missing: no such file or directory",
