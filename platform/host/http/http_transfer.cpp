@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <utility>
 
 namespace md::host {
 
@@ -136,8 +137,8 @@ CURLcode HttpTransfer::receive(std::vector<unsigned char>& bytes) {
   if (body_.empty()) {
     return result_;
   }
+  bytes.reserve(mostBuffered);  // before anything is taken: memory may end here
   bytes.swap(body_);
-  body_.reserve(mostBuffered);
   return CURLE_OK;
 }
 
@@ -155,6 +156,9 @@ void HttpTransfer::wait(const std::function<bool()>& ready, Clock::time_point un
       return;
     }
     collectResult();
+    if (const std::exception_ptr thrown = std::exchange(thrown_, nullptr)) {
+      std::rethrow_exception(thrown);
+    }
     if (!active_) {
       return;
     }
@@ -221,7 +225,12 @@ void HttpTransfer::settle() {
 size_t HttpTransfer::onHeader(char* data, size_t size, size_t count, void* self) {
   HttpTransfer& transfer = *static_cast<HttpTransfer*>(self);
   transfer.lastByte_ = Clock::now();
-  return transfer.header_.add(std::string_view(data, size * count)) ? size * count : 0;
+  try {
+    return transfer.header_.add(std::string_view(data, size * count)) ? size * count : 0;
+  } catch (...) {
+    transfer.thrown_ = std::current_exception();
+    return 0;
+  }
 }
 
 size_t HttpTransfer::onBody(char* data, size_t size, size_t count, void* self) {
@@ -233,7 +242,7 @@ size_t HttpTransfer::onBody(char* data, size_t size, size_t count, void* self) {
   }
   transfer.lastByte_ = Clock::now();
   transfer.bytesReceived_ += length;
-  transfer.body_.insert(transfer.body_.end(), data, data + length);
+  transfer.body_.insert(transfer.body_.end(), data, data + length);  // takes no memory, which was set aside
   return length;
 }
 

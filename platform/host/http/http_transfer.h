@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -72,6 +73,7 @@ class HttpTransfer {
   };
   using List = std::unique_ptr<curl_slist, Deleter<curl_slist_free_all>>;
 
+  // What libcurl calls. It knows no exceptions: they wait in `thrown_` until it is left.
   static size_t onHeader(char* data, size_t size, size_t count, void* self);
   static size_t onBody(char* data, size_t size, size_t count, void* self);
   static int onConnected(void* self, char*, char*, int, int);
@@ -103,6 +105,7 @@ class HttpTransfer {
   bool connected_ = false;      ///< the stall limit counts from here on, the connect limit before
   bool paused_ = false;         ///< libcurl holds bytes back because `body_` is full
   CURLcode result_ = CURLE_OK;  ///< how it ended
+  std::exception_ptr thrown_;   ///< by what libcurl called
   Clock::time_point lastByte_;
   HeaderBlock header_;
   std::vector<unsigned char> body_;  ///< received and not handed out yet
