@@ -9,6 +9,8 @@
 #             for building and 12 for running
 #   coverage  lines and branches of src and platform/host that the suites reach, see coverage.sh: 12 minutes, 5 of them
 #             for building
+#   counts    the instructions of an analysis against the budgets in bench/instructions: 6 minutes, most of them for
+#             building the benchmarks, which nothing else needs
 #   fuzz      a long campaign: each harness under each fuzzer for ten minutes, or QUORIN_FUZZ_SECONDS; what it finds is
 #             chance, and cannot hold up a change
 set -eu
@@ -42,7 +44,7 @@ run() {
 # Left out under memcheck: the matrix of faults, which would take the night, takes no library, and runs under the
 # sanitizers. Tests of openat2(2), which memcheck does not know, leave themselves out. Leaks are what nothing points to.
 memcheck() {
-  timeout $longest tests/support/with_private_net.sh valgrind --quiet --error-exitcode=9 --suppressions=packaging/valgrind.supp \
+  QUORIN_TESTS_RUN_SLOWLY=1 timeout $longest tests/support/with_private_net.sh valgrind --quiet --error-exitcode=9 --suppressions=packaging/valgrind.supp \
     --leak-check=full --show-leak-kinds=definite,indirect,possible --errors-for-leak-kinds=definite,indirect,possible \
     "$@" --gtest_brief=1 --gtest_filter='-*FaultMatrix*'
 }
@@ -65,11 +67,13 @@ msan_stage() {
 
 coverage_stage() { packaging/coverage.sh; }
 
+counts_stage() { bench/run.sh --counts; }
+
 fuzz_stage() { tests/fuzz/campaign.sh "${QUORIN_FUZZ_SECONDS:-600}"; }
 
 packaging/packages.sh install build test check nightly
 status=0
-for stage in ${*:-valgrind msan coverage fuzz}; do
+for stage in ${*:-valgrind msan coverage counts fuzz}; do
   started=$(date +%s)
   echo "== $stage"
   "${stage}_stage" || status=1
