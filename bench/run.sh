@@ -24,10 +24,10 @@ build() {
   fi
 }
 
-# count MACHINE PRESET [OPTION]
+# count MACHINE PRESET
 count() {
   echo "== instructions: $1"
-  bench/instructions/count.py "$1" "$library/list.txt" "build/$2/bin/analyse_times" ${3:+"$3"}
+  bench/instructions/count.py "$1" "$library/list.txt" "build/$2/bin/analyse_times" "$figures/instructions-$1.txt"
 }
 
 packaging/packages.sh install build test bench
@@ -64,8 +64,8 @@ echo "== counts"
 $bin/driver_allocation --gtest_filter='AllocationCount.*' --gtest_output=json:$figures/allocations.json >/dev/null
 tests/support/with_private_net.sh $bin/network --gtest_filter='NetworkRequests.*' \
   --gtest_output=json:$figures/requests.json >/dev/null
-count x86_64 bench --update
-count armhf bench-armhf --update
+count x86_64 bench
+count armhf bench-armhf
 
 bench/report/write_page.py $figures docs
 echo "== docs/performance.md is written"

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""count.py MACHINE LIST PROGRAM [--update]: how many instructions one analysis takes, per variant.
+"""count.py MACHINE LIST PROGRAM OUTPUT: how many instructions one analysis takes, per variant, into OUTPUT.
 
 MACHINE is x86_64 (counted by callgrind) or armhf (counted one by one under qemu). The counts are held against
-MACHINE.txt beside this script; one that grew by more than 5 % fails. With --update they are written there instead, and
-the diff is read.
+MACHINE.txt beside this script; one that grew by more than 5 % fails. Who means to take more copies OUTPUT there, with
+the reason in the commit.
 
 One analysis is the difference of two runs of PROGRAM (analyse_times) by the number of analyses that the second has
 more. So neither the start of a process counts nor what only its first analysis does.
@@ -64,15 +64,12 @@ def count(machine, listed, program):
 
 
 def main():
-    machine, listed, program = sys.argv[1:4]
-    budget_file = HERE / f"{machine}.txt"
+    machine, listed, program, output = sys.argv[1:]
     counts = dict(count(machine, listed, os.path.abspath(program)))
     for variant, instructions in counts.items():
         print(f"{variant:17} {instructions:9}")
-    if "--update" in sys.argv:
-        budget_file.write_text("".join(f"{variant:17} {number:9}\n" for variant, number in counts.items()))
-        return
-    budget = {variant: int(number) for variant, number in map(str.split, open(budget_file))}
+    pathlib.Path(output).write_text("".join(f"{variant:17} {number:9}\n" for variant, number in counts.items()))
+    budget = {variant: int(number) for variant, number in map(str.split, open(HERE / f"{machine}.txt"))}
     grown = [f"{variant}: {number} instructions, {budget.get(variant)} before" for variant, number in counts.items()
              if number > MOST_GROWTH * budget.get(variant, 0)]
     if grown:

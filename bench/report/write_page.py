@@ -16,7 +16,6 @@ matplotlib.use("svg")
 matplotlib.rcParams.update({"svg.hashsalt": "quorin", "svg.fonttype": "none", "font.size": 9})
 import matplotlib.pyplot as plt  # noqa: E402  the backend has to be chosen first
 
-HERE = pathlib.Path(__file__).parent
 OURS, FLOOR = "ours", "floor"
 WITH_LARGE_COVER = {"mp3-cover-1.5m": "mp3-tagged", "flac-cover-1.5m": "flac"}
 MARKS = {OURS: "D", FLOOR: "s"}
@@ -59,7 +58,7 @@ class Figures:
         self.conditions = self.json(folder / "conditions.json")
         self.allocations = self.properties(folder / "allocations.json", "OfAnAnalysisIsSmall")
         self.requests = self.properties(folder / "requests.json", "OfAnyItemThatCanBeSoughtAreFewAndSmall")
-        self.instructions = {name: dict(line.split() for line in open(HERE.parent / f"instructions/{name}.txt"))
+        self.instructions = {name: dict(line.split() for line in open(folder / f"instructions-{name}.txt"))
                              for name in ("x86_64", "armhf")}
         self.parts = [part for name in ("driver_memory", "scans", "analyzers")
                       for part in self.json(folder / f"{name}.json")["benchmarks"] if self.is_shown(part["name"])]
@@ -224,9 +223,9 @@ The **floor** is the system calls that an analysis makes on the file, with nothi
 folder, open, fstat, the same reads, close. That is what this machine takes whatever the program does. All readers take
 turns in one process, over the whole library, {conditions["rounds"]} times; the figures are medians.
 A peer counts as the fastest only where it recognises the file as ours does. "Fastest peer / floor" is what no program
-could exceed that makes these calls, and "floor / floor without cover" what none could go below: on a machine that is slow
-at copying memory, the read behind a large cover alone may take more than 0.3 of what a file without one takes, and
-mpg123, which looks at no frame of a tag, gets close.
+could exceed that makes these calls, and "floor / floor without cover" is what the calls alone take more for a cover: the
+slower a machine is at copying memory, the closer mpg123 gets, which reads 4 KiB and looks at no frame of a tag, and the
+more the read behind a large cover weighs.
 
 {wrapped(f"Peers: {peers()}.")}
 
@@ -258,7 +257,8 @@ As counted by nginx; each item on one connection.
 {requests(figures)}
 ## The command
 
-`quorin FILE` as a shell starts it, beside a program that does the same I/O and nothing else.
+`quorin FILE` as a shell starts it, beside a program that does the same I/O and nothing else. Times are those that one run
+in ten stays below: processes so short are over before the scheduler is fair to them.
 
 {whole_process(figures)}
 `quorin scan -j 2` of the 2,000 files, beside others run in the best way there is on two cores: `mediainfo` and

@@ -18,7 +18,7 @@ int main(int count, char** arguments) {
   }
   const int file = ::open(path, O_RDONLY | O_CLOEXEC);
   struct stat status = {};
-  std::array<char, 4096> head;
+  std::array<char, 9216> head;
   std::array<char, 128> tail;
   if (file < 0 || ::fstat(file, &status) != 0 || ::pread(file, head.data(), head.size(), 0) < 0 ||
       ::pread(file, tail.data(), tail.size(), status.st_size - 128) < 0) {

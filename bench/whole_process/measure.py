@@ -71,6 +71,10 @@ def scans(paths, quorin, folder):
         "ffprobe": (f"xargs -a {few} -P 2 -n 1 ffprobe -v error -show_format -show_streams",
                     len(few.read_text().split("\n"))),
     }
+    records = subprocess.run(shlex.split(commands["quorin"][0]), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                             check=False, timeout=60).stdout.splitlines()
+    if len(records) != len(paths):  # one that ends at once would look the fastest
+        sys.exit(f"measure.py: quorin scan told {len(records)} of {len(paths)} files")
     rates = {name: [] for name in commands}
     for _ in range(SCAN_ROUNDS):
         for name, (command, files) in commands.items():
