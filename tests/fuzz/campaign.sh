@@ -24,10 +24,11 @@ with_afl() {
   begin=build/fuzz-afl/begin/$2
   mkdir -p "$begin" "$out"
   rm -f "$out/default/fuzzer_stats"
-  # AFL++ wants every input that it begins with to be quick, and some of them to be there.
+  # AFL++ wants every input that it begins with to be quick, and some of them to be there; "+" leaves out those that
+  # are not.
   find "$here/corpus/$2" "build/fuzz/corpus/$2" -type f -size -5k -exec cp {} "$begin" \;
   AFL_NO_UI=1 AFL_SKIP_CPUFREQ=1 AFL_I_DONT_CARE_ABOUT_MISSING_CRASHES=1 AFL_NO_AFFINITY=1 AFL_AUTORESUME=1 \
-    AFL_IGNORE_TIMEOUTS=1 afl-fuzz -V "$1" -t 2000 -m none -x "$("$here/dictionary.sh" "$2")" -i "$begin" -o "$out" -- \
+    afl-fuzz -V "$1" -t 2000+ -m none -x "$("$here/dictionary.sh" "$2")" -i "$begin" -o "$out" -- \
     "build/fuzz-afl/bin/fuzz_$2" >"$out.log" 2>&1 || {
     tail -n 20 "$out.log"
     echo "$2: AFL++ did not run; all it said stands in $out.log"

@@ -74,6 +74,15 @@ def test_a_file_takes_few_calls_and_little_of_it_is_read(tmp_path, items, name):
     assert 0 < read <= MOST_BYTES
 
 
+@pytest.mark.parametrize("name", ["plain.aac", "plain.flac", "plain.wav", "unrecognised"])
+def test_a_file_that_is_told_by_its_beginning_takes_one_read(tmp_path, items, name):
+    path = tmp_path / name
+    path.write_bytes(items[name])
+    calls, read = calls_on(path)
+    assert len([call for call in calls if "read" in call]) == 1, "\n".join(calls)
+    assert read == 9216
+
+
 def test_a_long_file_takes_what_a_short_one_takes(tmp_path, items):
     path = tmp_path / "long.wav"
     path.write_bytes(items["plain.wav"])
