@@ -265,6 +265,25 @@ in ten stays below: processes so short are over before the scheduler is fair to 
 `exiftool -fast2` as two processes with half of the files each, `ffprobe` as two processes at a time.
 
 {scan(figures)}
+The library by itself is what the two threads of a scan would reach if they did nothing but analyse, with everything
+started. This is where the computing time of a scan goes, 15 microseconds a file (by perf, 40 scans on 2026-11-21):
+
+| part | % |
+| --- | ---: |
+| kernel: read the files | 22 |
+| kernel: open, as folder and as file | 13 |
+| kernel: size and time, of each name found and of each file opened | 6 |
+| kernel: entry, page faults, folders, close | 11 |
+| C library around these calls | 9 |
+| analysis | 9 |
+| records as JSON | 14 |
+| memory of jobs, records and analyses | 6 |
+| finding files, handing jobs over | 4 |
+| start of the process | 4 |
+
+An analysis alone is 8.5 of these 15 microseconds. The rest is what makes it a scan: finding each file, its size and time
+for `--resume`, its record.
+
 ## Parts
 
 By Google Benchmark, on items in memory.

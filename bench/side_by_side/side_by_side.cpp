@@ -24,7 +24,7 @@ using nlohmann::json;
 /// Files of each variant that everybody begins with. Who takes long for them sees no others of that variant, and who
 /// takes very long sees none of it again.
 constexpr size_t sampleSize = 5;
-constexpr double longTime = 500;        // microseconds
+constexpr double longTime = 1000;       // microseconds
 constexpr double veryLongTime = 20000;  // microseconds
 
 double microseconds(Clock::duration time) { return std::chrono::duration<double, std::micro>(time).count(); }
