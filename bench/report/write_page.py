@@ -236,8 +236,7 @@ more the read behind a large cover weighs.
 
 Where time goes when one file is analysed again and again (by perf on 2026-11-21), in percent: of `mp3-cover-20k` 51 the
 kernel, 21 the C library (7 of it copying what was read, 6 memory), 27 the library and the platform; of `mp3-tagged` 52, 17
-(1 copying) and 30. To be 1.3 times as fast as mpg123 with a cover of 20 KiB, which has to be read up to the frame behind
-it, an analysis may take no more than 1.1 of the floor.
+(1 copying) and 30.
 
 In brackets: did not recognise the file.
 
