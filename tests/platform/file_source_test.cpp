@@ -161,7 +161,7 @@ TEST(FileSource, CountsBytesAndReads) {
   EXPECT_EQ(item.source->cost().requests, 0U);
 }
 
-TEST(FileSource, TheStartIsReadAtOnceAndWhatWasReadLastIsKept) {
+TEST(FileSource, TheStartIsReadAtOnceAndKeptAsIsWhatWasReadLast) {
   const TemporaryFolder folder;
   const Bytes bytes = testBytes(100000);
   const OpenedItem item = openItem(folder.write("item", bytes));
@@ -185,7 +185,22 @@ TEST(FileSource, TheStartIsReadAtOnceAndWhatWasReadLastIsKept) {
   EXPECT_EQ(costOf(70000, 4096), std::make_pair(1U, 4096ULL)) << "only what was asked for, away from the start";
   EXPECT_EQ(costOf(70010, 4086), nothing);
   EXPECT_EQ(costOf(70010, 4096), std::make_pair(1U, 10ULL)) << "and only what is not there yet";
-  EXPECT_EQ(costOf(0, 20000).second, 20000ULL) << "a large read goes past the window";
+  EXPECT_EQ(costOf(0, 9215), nothing) << "wherever something was read in between";
+  EXPECT_EQ(costOf(4000, 20000), std::make_pair(1U, 14784ULL)) << "a large read begins with what is at hand";
+  EXPECT_EQ(costOf(74096, 10), nothing) << "and is not kept itself";
+}
+
+TEST(FileSource, ALargeReadOfTheStartIsOfWhatWasAskedFor) {
+  const TemporaryFolder folder;
+  const Bytes bytes = testBytes(100000);
+  const OpenedItem item = openItem(folder.write("item", bytes));
+  ASSERT_EQ(item.code, 0);
+  Bytes read(9216);
+  unsigned int got = 0;
+  EXPECT_EQ(item.source->read(read.data(), 9216, got), 0);
+  EXPECT_EQ(got, 9216U);
+  EXPECT_TRUE(read == slice(bytes, 0, 9216));
+  EXPECT_EQ(readAll(*item.source).size(), 100000U - 9216U);
 }
 
 TEST(FileSource, ASizeThatWasToldHoldsOnlyForAMoment) {

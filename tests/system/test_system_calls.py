@@ -45,11 +45,15 @@ def items(tmp_path_factory, wave, plain_mp3):
         "variable.mp3": lame(folder / "variable.mp3", "-V", "4").read_bytes(),
         "small-cover.mp3": with_cover(plain_mp3, 20_000),
         "large-cover.mp3": with_cover(plain_mp3, 1_500_000),
+        # The longest frames that Layer III has.
+        "large-cover-and-frames.mp3": with_cover(lame(folder / "frames.mp3", "-b", "320", "--resample", "32").read_bytes(),
+                                                 1_500_000),
         "plain.aac": (folder / "plain.aac").read_bytes(),
         "plain.flac": flac(wave, folder / "plain.flac"),
         "large-cover.flac": flac(wave, folder / "cover.flac", f"--picture={picture}"),
         "plain.wav": wave.read_bytes(),
         "unrecognised": b"just some text\n" * 20_000,
+        "large-cover-unrecognised": with_cover(b"just some text\n" * 20_000, 1_500_000),
     }
 
 
@@ -64,7 +68,8 @@ def calls_on(path):
 
 
 @pytest.mark.parametrize("name", ["plain.mp3", "tagged.mp3", "variable.mp3", "small-cover.mp3", "large-cover.mp3",
-                                  "plain.aac", "plain.flac", "large-cover.flac", "plain.wav", "unrecognised"])
+                                  "large-cover-and-frames.mp3", "plain.aac", "plain.flac", "large-cover.flac",
+                                  "plain.wav", "unrecognised", "large-cover-unrecognised"])
 def test_a_file_takes_few_calls_and_little_of_it_is_read(tmp_path, items, name):
     path = tmp_path / name
     path.write_bytes(items[name])

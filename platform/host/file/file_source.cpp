@@ -92,7 +92,7 @@ int makeFileSource(UniqueFd file, const TimeLimits& limits, boost::shared_ptr<Md
   return OPEN_OK;
 }
 
-// The window stays as it is: nothing of it is looked at before it is read.
+// The windows stay as they are: nothing of them is looked at before it is read.
 // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init,hicpp-member-init)
 FileSource::FileSource(UniqueFd file, Kind kind, long long size, const TimeLimits& limits)
     : file_(std::move(file)), kind_(kind), limits_(limits), size_(size), sizeTold_(coarseTime()) {}
@@ -110,6 +110,8 @@ int FileSource::read(unsigned char* buffer, unsigned int length, unsigned int& b
   if (result == 0) {
     atEnd_ = true;
     sizeKnown_ = false;
+    start_.size = 0;
+    last_.size = 0;
   }
   position_ += result;
   bytesRead = static_cast<unsigned int>(result);
@@ -117,25 +119,28 @@ int FileSource::read(unsigned char* buffer, unsigned int length, unsigned int& b
 }
 
 long long FileSource::readRegular(unsigned char* buffer, size_t length) {
-  if (const long long kept = readWindow(buffer, length); kept > 0) {
-    return kept;
+  for (const Window* const window : {&start_, &last_}) {
+    if (const long long kept = window->copy(position_, buffer, length); kept > 0) {
+      return kept;
+    }
   }
   if (length >= windowCapacity) {
     return readFile(buffer, length);
   }
-  const long long result = readFile(window_.data(), position_ == 0 ? windowCapacity : length);
-  windowStart_ = position_;
-  windowSize_ = std::max(result, 0LL);
-  return result > 0 ? readWindow(buffer, length) : result;
+  Window& window = position_ == 0 ? start_ : last_;
+  const long long result = readFile(window.bytes.data(), position_ == 0 ? windowCapacity : length);
+  window.begin = position_;
+  window.size = std::max(result, 0LL);
+  return result > 0 ? window.copy(position_, buffer, length) : result;
 }
 
-long long FileSource::readWindow(unsigned char* buffer, size_t length) const {
-  const long long skipped = position_ - windowStart_;
-  if (skipped < 0 || skipped >= windowSize_) {
+long long FileSource::Window::copy(long long position, unsigned char* buffer, size_t length) const {
+  const long long skipped = position - begin;
+  if (skipped < 0 || skipped >= size) {
     return 0;
   }
-  const auto count = static_cast<size_t>(std::min<long long>(static_cast<long long>(length), windowSize_ - skipped));
-  std::memcpy(buffer, window_.data() + skipped, count);
+  const auto count = static_cast<size_t>(std::min<long long>(static_cast<long long>(length), size - skipped));
+  std::memcpy(buffer, bytes.data() + skipped, count);
   return static_cast<long long>(count);
 }
 

@@ -30,10 +30,11 @@ int makeFileSource(UniqueFd file, const TimeLimits& limits, boost::shared_ptr<Md
 ///
 /// A regular file can seek. It is never mapped into memory: touching a mapped page that was truncated away kills the
 /// process. Two things keep an analysis down to a handful of system calls:
-///  - The start of the file is read in one go, and what was read last is kept: analyses come back to bytes near those
-///    they had before, and a tag at the start is looked at in several steps.
-///  - A size that was told holds for a moment, and no longer than until the end is met: an analysis asks for it again
-///    and again, but a file may also grow or be truncated while it is played.
+///  - The start of the file is read in one go and kept, and so is what was read last: a tag at the start is looked at
+///    in several steps, analyses come back to it from wherever they were, and to bytes near those they had before.
+///  - A size that was told holds for a moment: an analysis asks for it again and again.
+///
+/// None of that holds longer than until the end is met: a file may also grow or be truncated while it is played.
 ///
 /// Everything else (FIFO, character or block device) is read from front to end: it cannot seek and has no size. A
 /// `read` waits no longer than the limits allow. Such a source stays failed once it has failed, so that a caller with
@@ -64,6 +65,16 @@ class FileSource : public MdchUrlBase {
  private:
   using Clock = std::chrono::steady_clock;
 
+  /// The bytes [begin, begin + size) of the file.
+  struct Window {
+    /// Copies what it holds from a position on. @return bytes; 0 when it holds none
+    long long copy(long long position, unsigned char* buffer, size_t length) const;
+
+    long long begin = 0;
+    long long size = 0;
+    std::array<unsigned char, windowCapacity> bytes;
+  };
+
   /// Both deliver the result of a read(2): bytes, 0 at the end, or a negative code.
   long long readRegular(unsigned char* buffer, size_t length);
   long long readStream(unsigned char* buffer, size_t length);
@@ -71,8 +82,6 @@ class FileSource : public MdchUrlBase {
   /// A read(2) of the file at the position, counted.
   long long readFile(unsigned char* buffer, size_t length);
 
-  /// Copies what the window holds from the position on. @return bytes; 0 when it holds none
-  long long readWindow(unsigned char* buffer, size_t length) const;
   std::optional<Clock::time_point> deadline() const;
 
   const UniqueFd file_;
@@ -84,11 +93,10 @@ class FileSource : public MdchUrlBase {
   long long size_;
   std::chrono::milliseconds sizeTold_;
   bool sizeKnown_ = true;
-  long long windowStart_ = 0;
-  long long windowSize_ = 0;
   int failure_ = 0;  ///< of a stream, for good
   UrlCost cost_;
-  std::array<unsigned char, windowCapacity> window_;  ///< bytes [windowStart_, windowStart_ + windowSize_) of the file
+  Window start_;
+  Window last_;  ///< of what was read last away from the start
 };
 
 }  // namespace md::host
