@@ -115,6 +115,18 @@ def test_the_scan_itself_is_never_replaced(quorin, scan, tmp_path):
     assert (tmp_path / name).read_bytes() == before
 
 
+def test_a_page_replaces_nothing_that_takes_other_output(quorin, scan, tmp_path):
+    name = scan(scans.record("/a"))
+    (tmp_path / "stdout").symlink_to("/dev/stdout")  # where it leads is a regular file behind a redirection
+    for page in ("redirected", "stdout"):
+        with open(tmp_path / "redirected", "wb") as redirected:
+            result = quorin("report", name, "-o", page, "--force", stdout=redirected)
+        assert (result.code, result.complaints) == (
+            4, [f"quorin: {page} takes other output, and stays as it is ('-' is standard output)"])
+    assert (tmp_path / "stdout").is_symlink()
+    assert (tmp_path / "redirected").read_bytes() == b""
+
+
 def test_a_page_that_cannot_be_written(quorin, scan):
     result = quorin("report", scan(scans.record("/a")), "-o", "missing/r.html")
     assert (result.code, result.complaints) == (4, ["quorin: missing/r.html: no such file or directory"])

@@ -229,6 +229,18 @@ TEST_F(NewFileTest, NeverReplacesWhatIsBeingRead) {
   EXPECT_EQ(write("a", true), 0);
 }
 
+TEST_F(NewFileTest, NeverReplacesWhereOtherOutputGoes) {
+  std::ofstream output(path("a"));
+  fs::create_symlink("a", path("stdout"));
+  for (const char* name : {"a", "stdout"}) {
+    EXPECT_EQ(write(name, true), EBUSY);
+    EXPECT_EQ(write(name, false), EBUSY);
+  }
+  EXPECT_TRUE(fs::is_symlink(path("stdout")));
+  output.close();
+  EXPECT_EQ(write("a", true), 0);
+}
+
 /// What a user's signal finds: a file that is written, under a name that cannot be avoided.
 [[noreturn]] void writeUntil(int signal, const std::string& path, FileNames& names) {
   prepareStreams();

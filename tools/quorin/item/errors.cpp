@@ -108,11 +108,16 @@ ItemError cannotWrite(const std::string& path, int error) {
   if (error == EEXIST) {
     return {"file_exists", fmt::format("{} is there already (--force replaces it)", file)};
   }
-  if (error == ENXIO) {
-    return {"cannot_write", fmt::format("{} is not a regular file ('-' is standard output)", file)};
+  switch (error) {
+    case EBUSY:
+      return {"cannot_write", fmt::format("{} takes other output, and stays as it is ('-' is standard output)", file)};
+    case ENXIO:
+      return {"cannot_write", fmt::format("{} is not a regular file ('-' is standard output)", file)};
+    case ETXTBSY:
+      return {"cannot_write", fmt::format("{} is what is being read, and stays as it is", file)};
+    default:
+      return {"cannot_write", fmt::format("{}: {}", file, reasonOf(error))};
   }
-  return {"cannot_write", error == ETXTBSY ? fmt::format("{} is what is being read, and stays as it is", file)
-                                           : fmt::format("{}: {}", file, reasonOf(error))};
 }
 
 ItemError notRecognised() { return {"not_recognised", "not recognised"}; }

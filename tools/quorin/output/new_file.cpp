@@ -14,19 +14,20 @@ namespace quorin_command {
 
 namespace {
 
-/// Whether a file is open for reading here, be it an item, a scan or standard input. The program has few descriptors,
-/// and they are numbered from 0 on.
-bool isBeingRead(const struct stat& file) {
+/// Why a file must stay because it is open here: ETXTBSY when it is read, be it as an item, a scan or standard input;
+/// EBUSY when other output goes there, as with /dev/stdout behind a redirection; 0 when it is not open. The program has
+/// few descriptors, and they are numbered from 0 on.
+int whyInUse(const struct stat& file) {
   constexpr int mostDescriptors = 256;
   for (int descriptor = 0; descriptor < mostDescriptors; ++descriptor) {
     struct stat status = {};
     const int mode = ::fcntl(descriptor, F_GETFL);
-    if (mode >= 0 && (mode & O_ACCMODE) != O_WRONLY && ::fstat(descriptor, &status) == 0 &&
-        status.st_dev == file.st_dev && status.st_ino == file.st_ino) {
-      return true;
+    if (mode >= 0 && ::fstat(descriptor, &status) == 0 && status.st_dev == file.st_dev &&
+        status.st_ino == file.st_ino) {
+      return (mode & O_ACCMODE) == O_WRONLY ? EBUSY : ETXTBSY;
     }
   }
-  return false;
+  return 0;
 }
 
 }  // namespace
@@ -55,8 +56,8 @@ int NewFile::whyNotTo(const std::string& path, bool force) {
     if (!S_ISREG(status.st_mode)) {
       return ENXIO;  // a device or a pipe is not to be replaced by a file
     }
-    if (isBeingRead(status)) {
-      return ETXTBSY;
+    if (const int use = whyInUse(status); use != 0) {
+      return use;
     }
   }
   return !force && isFile(path) ? EEXIST : 0;
