@@ -371,6 +371,13 @@ def test_a_reader_who_goes_away_is_told_without_the_line_of_progress(tree, tmp_p
     assert scan.end() == (4, "quorin: standard output: broken pipe\r\n")
 
 
+def test_a_log_line_takes_the_line_of_progress_away(tree, tmp_path):
+    text = at_terminal(tmp_path, "--log", "verbose")
+    assert "\nAnalyzer" in text
+    ends = re.findall(r"\r\x1b\[K\d+ done[^\r\n]*(?=(\r\x1b\[K|\n))", text)
+    assert ends and "\n" not in ends
+
+
 def test_progress_can_be_switched_off(tree, tmp_path):
     assert "\r" not in at_terminal(tmp_path, "--progress", "never")
     assert at_terminal(tmp_path, "-q") == ""

@@ -23,6 +23,7 @@ void showLogLine(uint32_t /*module*/, uint32_t /*level*/, std::string_view text)
   if (!text.empty() && text.back() == '\n') {
     text.remove_suffix(1);
   }
+  hideProgressLine();
   writeTalk(displayable(text, localeIsUtf8()) + '\n');
 }
 

@@ -131,9 +131,8 @@ void showProgressLine(std::string_view line) {
 }
 
 void hideProgressLine() {
-  if (progressLineStands) {
+  if (progressLineStands.exchange(false)) {
     writeTalk(eraseLine);
-    progressLineStands = false;
   }
 }
 
