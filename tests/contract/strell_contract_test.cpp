@@ -28,7 +28,7 @@ TEST_P(StrellContract, TheHeadHoldsTheFirstBytesUpToItsCapacityAndNotOneMore) {
 TEST_P(StrellContract, BytesAroundEveryFillStepAreRight) {
   const Bytes audio = testBytes(GetParam().head() + 10);
   const SourceScript script = scriptOf(audio);
-  for (const unsigned int step : {4096U, 8192U, 16384U, 24576U, 32768U, 49152U, 65536U, 131072U, 1048576U}) {
+  for (const unsigned int step : {4096U, 8192U, 16384U, 24576U, 32768U, 49152U, 65408U, 65536U, 131072U, 1048576U}) {
     for (unsigned int length = step - 1; length <= step + 1 && length <= GetParam().head(); ++length) {
       const auto attached = attach(script);
       const CacheRead read = readCacheAt(attached->media, 0, length);

@@ -23,6 +23,7 @@ const Sound longSound = {44100, 2, 10};
 /// Every format, with and without tags and pictures, by the encoders of this machine.
 std::map<std::string, Bytes> encodedItems() {
   const std::string small = noisyPng(105);
+  const std::string middle = noisyPng(165);
   const std::string large = noisyPng(920);
   const Options tags = {"--tt", "Opening", "--ta", "Somebody", "--add-id3v2"};
   std::map<std::string, Bytes> items = {
@@ -30,10 +31,12 @@ std::map<std::string, Bytes> encodedItems() {
       {"tagged.mp3", EncodedMp3::byLame(Options{"-b", "128"} + tags, sound).bytes()},
       {"variable.mp3", EncodedMp3::byLame({"-V", "4"}, longSound).bytes()},
       {"small-cover.mp3", EncodedMp3::byLame({"-b", "128", "--ti", small}, sound).bytes()},
+      {"middle-cover.mp3", EncodedMp3::byLame({"-b", "128", "--ti", middle}, sound).bytes()},
       {"large-cover.mp3", EncodedMp3::byLame({"-b", "128", "--ti", large}, sound).bytes()},
       {"plain.aac", repeat(readFile(unmistakableAdts()), 20)},
       {"plain.flac", readFile(flac(wave()))},
       {"small-cover.flac", readFile(flac(wave(), {"--picture=" + small}))},
+      {"middle-cover.flac", readFile(flac(wave(), {"--picture=" + middle}))},
       {"large-cover.flac", readFile(flac(wave(), {"--picture=" + large}))},
       {"plain.wav", readFile(wave())},
       {"unrecognised", noise(2000000)},

@@ -44,6 +44,7 @@ def items(tmp_path_factory, wave, plain_mp3):
         "tagged.mp3": id3_tag((b"TIT2", b"\x00Opening")) + plain_mp3 + ID3V1,
         "variable.mp3": lame(folder / "variable.mp3", "-V", "4").read_bytes(),
         "small-cover.mp3": with_cover(plain_mp3, 20_000),
+        "middle-cover.mp3": with_cover(plain_mp3, 60_000),
         "large-cover.mp3": with_cover(plain_mp3, 1_500_000),
         # The longest frames that Layer III has.
         "large-cover-and-frames.mp3": with_cover(lame(folder / "frames.mp3", "-b", "320", "--resample", "32").read_bytes(),
@@ -67,9 +68,9 @@ def calls_on(path):
     return [line for line, _, _ in calls], sum(int(result) for _, name, result in calls if "read" in name)
 
 
-@pytest.mark.parametrize("name", ["plain.mp3", "tagged.mp3", "variable.mp3", "small-cover.mp3", "large-cover.mp3",
-                                  "large-cover-and-frames.mp3", "plain.aac", "plain.flac", "large-cover.flac",
-                                  "plain.wav", "unrecognised", "large-cover-unrecognised"])
+@pytest.mark.parametrize("name", ["plain.mp3", "tagged.mp3", "variable.mp3", "small-cover.mp3", "middle-cover.mp3",
+                                  "large-cover.mp3", "large-cover-and-frames.mp3", "plain.aac", "plain.flac",
+                                  "large-cover.flac", "plain.wav", "unrecognised", "large-cover-unrecognised"])
 def test_a_file_takes_few_calls_and_little_of_it_is_read(tmp_path, items, name):
     path = tmp_path / name
     path.write_bytes(items[name])

@@ -1,6 +1,7 @@
 #include "strell/cache_region.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -9,13 +10,15 @@ namespace zu::md::common::strell {
 
 namespace {
 
-/// Up to here a fill takes little longer than a smaller one.
-constexpr unsigned int smallFill = 16384;
+/// What a region is filled up to, in bytes; behind these it doubles. The first is small, because most items are
+/// recognised by their first bytes; doubling, so that a region of 1 MiB takes about ten reads and not hundreds. From 16
+/// KiB to 64 KiB there is a step between: a frame behind a small cover is wanted there, and nothing else. The last but
+/// one leaves room for an ID3v1 tag of 128 bytes: with that, an item of which nearly all of the head is wanted takes 64
+/// KiB and not more.
+constexpr std::array<unsigned int, 8> fillSteps = {4096, 8192, 16384, 24576, 32768, 49152, 65536 - 128, 65536};
 /// Memory of a region from its first fill on. Most items never take more, so what they took need not be moved; it is
 /// the memory that is set aside, not the bytes that are read.
 constexpr unsigned int leastReserved = 24576;
-/// Behind this the region is one of 1 MiB: when it grows, bytes are held twice, and memory counts more than reads do.
-constexpr unsigned int largestBetween = 65536;
 
 }  // namespace
 
@@ -57,13 +60,12 @@ unsigned int CacheRegion::atHand(uint64_t offset) const {
 }
 
 unsigned int CacheRegion::fillLevel(unsigned int size) const {
-  unsigned int level = firstFill;
+  const auto* const step = std::lower_bound(fillSteps.begin(), fillSteps.end(), size);
+  unsigned int level = step != fillSteps.end() ? *step : fillSteps.back();
   while (level < size) {
     level *= 2;
   }
-  const unsigned int between = level / 4 * 3;
-  const bool isBetween = level > smallFill && level <= largestBetween && size <= between;
-  return std::min(isBetween ? between : level, capacity_);
+  return std::min(level, capacity_);
 }
 
 void CacheRegion::reserve(unsigned int size) {

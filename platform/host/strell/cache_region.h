@@ -11,11 +11,6 @@ namespace zu::md::common::strell {
 /// really came.
 class CacheRegion {
  public:
-  /// The first fill, in bytes; fills double from there. Small, because most items are recognised by their first
-  /// bytes; doubling, so that a region of 1 MiB takes about ten reads and not hundreds. From 16 KiB to 64 KiB there is
-  /// a step between: a frame behind a small cover is wanted there, and nothing else.
-  static constexpr unsigned int firstFill = 4096;
-
   /// The region [start, start + capacity), still empty.
   CacheRegion(uint64_t start, unsigned int capacity) : start_(start), capacity_(capacity) {}
 

@@ -17,11 +17,11 @@
 ///  - the **head**, stream bytes [0, H), kept as long as the object lives. H is 65536 for a source that can seek
 ///    and 1048576 for one that cannot;
 ///  - the **seek region**, the 65536 bytes from the position of the last successful `seek`, dropped by the next.
-/// Both are filled on demand, up to 4096 bytes, 8192, 16384, 24576, 32768, 49152, 65536, 131072 and so on, and end
-/// early at the end of the stream. A source error while filling counts as the end of the region: the bytes before it
-/// are usable, and the error is met again by the next fill. Bytes that `readData` reads right behind the head go into
-/// the head too, as far as they fit. No region holds bytes beyond offset 4294967294, where the cache offset could not
-/// go on.
+/// Both are filled on demand, up to 4096 bytes, 8192, 16384, 24576, 32768, 49152, 65408, 65536, 131072 and so on, and
+/// end early at the end of the stream. A source error while filling counts as the end of the region: the bytes before
+/// it are usable, and the error is met again by the next fill. Bytes that `readData` reads right behind the head go
+/// into the head too, as far as they fit. No region holds bytes beyond offset 4294967294, where the cache offset could
+/// not go on.
 ///
 /// ICY metadata: when a response header line is "icy-metaint: N" with N from 1 to 2147483647 (the last such line
 /// counts, any other is passed over), the metadata blocks are taken out of the stream. All offsets then count audio

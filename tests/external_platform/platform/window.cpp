@@ -44,7 +44,7 @@ void Window::append(const unsigned char* bytes, unsigned int count) {
 /// The fill that `count` bytes take, in the steps that the interface tells.
 unsigned int Window::stepOf(unsigned int count) const {
   unsigned int step = 65536;
-  for (const unsigned int smaller : {49152U, 32768U, 24576U, 16384U, 8192U, 4096U}) {
+  for (const unsigned int smaller : {65408U, 49152U, 32768U, 24576U, 16384U, 8192U, 4096U}) {
     step = count <= smaller ? smaller : step;
   }
   while (step < count) {
