@@ -164,9 +164,9 @@ def lame(path, *options, seconds=3, rate=44100, channels=2):
     return path
 
 
-def id3_tag(*frames):
+def id3_tag(*frames, padding=0):
     """An ID3v2.3 tag of (name, body) frames."""
-    body = b"".join(name + struct.pack(">IH", len(data), 0) + data for name, data in frames)
+    body = b"".join(name + struct.pack(">IH", len(data), 0) + data for name, data in frames) + bytes(padding)
     size = len(body)
     digits = bytes(size >> shift & 0x7F for shift in (21, 14, 7, 0))
     return b"ID3\x03\x00\x00" + digits + body

@@ -80,6 +80,17 @@ def test_a_file_takes_few_calls_and_little_of_it_is_read(tmp_path, items, name):
     assert 0 < read <= MOST_BYTES
 
 
+def test_what_takes_more_calls(tmp_path, plain_mp3):
+    picture = (b"APIC", b"\x00image/jpeg\x00\x03\x00" + b"\x55" * 1_500_000)
+    for name, begin, more in (("one", id3_tag(picture), 0), ("two", id3_tag(picture, picture), 2),
+                              ("three", id3_tag(picture, picture, picture), 4),
+                              ("little-padding", id3_tag(picture, padding=3000), 0),
+                              ("padding", id3_tag(picture, padding=5000), 1)):
+        path = tmp_path / name
+        path.write_bytes(begin + plain_mp3 + ID3V1)
+        assert len(calls_on(path)[0]) == MOST_CALLS + more, name
+
+
 @pytest.mark.parametrize("name", ["plain.flac", "plain.wav", "unrecognised"])
 def test_a_file_that_is_told_by_its_beginning_takes_one_read(tmp_path, items, name):
     path = tmp_path / name
