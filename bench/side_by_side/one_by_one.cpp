@@ -17,10 +17,10 @@ int main(int count, char** arguments) {
   try {
     const auto reader = oursReader().make();
     const std::vector<Item> items = readList(arguments[1]);
-    reader->read(items.front().path);  // what only the first analysis of a process does, is not of interest
-    for (size_t number = 0; number < items.size(); ++number) {
-      ::access(("/next/" + std::to_string(number)).c_str(), F_OK);
-      reader->read(items[number].path);
+    reader->read(items.front());  // what only the first analysis of a process does, is not of interest
+    for (const Item& item : items) {
+      ::access(("/next/" + std::to_string(item.number)).c_str(), F_OK);
+      reader->read(item);
     }
     ::access("/next/end", F_OK);
   } catch (const std::exception& error) {

@@ -1,8 +1,8 @@
+#include "read_list.h"
+
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
-
-#include "readers.h"
 
 namespace quorin_bench {
 
@@ -10,7 +10,8 @@ std::vector<Item> readList(const std::string& list) {
   std::ifstream file(list);
   std::vector<Item> items;
   for (std::string line; std::getline(file, line);) {
-    Item item;
+    Item item = {};
+    item.number = items.size();
     std::istringstream fields(line);
     std::getline(fields, item.variant, '\t');
     std::getline(fields, item.part, '\t');

@@ -37,11 +37,11 @@ class MediaInfoReader : public Reader {
   MediaInfoReader(const MediaInfoReader&) = delete;
   MediaInfoReader& operator=(const MediaInfoReader&) = delete;
 
-  bool read(const std::string& path) override {
+  bool read(const Item& item) override {
     constexpr int audio = 2;
     constexpr int text = 1;
     constexpr int byName = 0;
-    const bool found = mediaInfo_.open(handle_, path.c_str()) != 0 &&
+    const bool found = mediaInfo_.open(handle_, item.path.c_str()) != 0 &&
                        *mediaInfo_.get(handle_, audio, 0, "SamplingRate", text, byName) != '\0';
     mediaInfo_.close(handle_);
     return found;

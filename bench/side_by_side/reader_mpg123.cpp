@@ -15,8 +15,8 @@ class Mpg123Reader : public Reader {
   Mpg123Reader(const Mpg123Reader&) = delete;
   Mpg123Reader& operator=(const Mpg123Reader&) = delete;
 
-  bool read(const std::string& path) override {
-    if (mpg123_open(handle_, path.c_str()) != MPG123_OK) {
+  bool read(const Item& item) override {
+    if (mpg123_open(handle_, item.path.c_str()) != MPG123_OK) {
       return false;
     }
     long rate = 0;

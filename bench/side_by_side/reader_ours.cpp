@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "quorin/analyzer.h"
 #include "quorin/audio_info.h"
 #include "readers.h"
@@ -11,11 +13,18 @@ namespace {
 
 class Ours : public Reader {
  public:
-  bool read(const std::string& path) override {
+  bool read(const Item& item) override {
     strell::OpenParams params;
-    params.uri = path;
+    params.uri = item.path;
     boost::shared_ptr<quorin::AnalyzeResult> result;
-    return analyzer_.analyze(params, result) == 0 && dynamic_cast<quorin::AudioInfo*>(result->info.get()) != nullptr;
+    const int status = analyzer_.analyze(params, result);
+    const bool recognised = status == 0 && dynamic_cast<quorin::AudioInfo*>(result->info.get()) != nullptr;
+    if (status != expectedStatus(item.variant) || recognised != (status == 0)) {
+      throw std::runtime_error(item.path + ": ours ended with status " + std::to_string(status) +
+                               (recognised ? " and audio" : " and no audio") + ", a file of the variant " +
+                               item.variant);
+    }
+    return recognised;
   }
 
  private:

@@ -8,9 +8,9 @@ namespace {
 
 class SndfileReader : public Reader {
  public:
-  bool read(const std::string& path) override {
+  bool read(const Item& item) override {
     SF_INFO info = {};
-    SNDFILE* const file = sf_open(path.c_str(), SFM_READ, &info);
+    SNDFILE* const file = sf_open(item.path.c_str(), SFM_READ, &info);
     if (file == nullptr) {
       return false;
     }

@@ -9,8 +9,8 @@ namespace {
 
 class TagLibReader : public Reader {
  public:
-  bool read(const std::string& path) override {
-    const TagLib::FileRef file(path.c_str(), true, TagLib::AudioProperties::Average);
+  bool read(const Item& item) override {
+    const TagLib::FileRef file(item.path.c_str(), true, TagLib::AudioProperties::Average);
     return !file.isNull() && file.audioProperties() != nullptr && file.audioProperties()->sampleRate() > 0;
   }
 };

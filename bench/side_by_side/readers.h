@@ -1,25 +1,16 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "read_list.h"
 
 /// @file
 /// Who reads the library: ours, the peers that were found when this was built, and the floor.
 
 namespace quorin_bench {
-
-/// One file, and what is measured on it.
-struct Item {
-  std::string variant;
-  std::string part;  ///< "library", or "large" for what is measured but does not count as part of the library
-  std::string path;
-};
-
-/// The items that a line each of the file `list` names: variant, part and path, with tabs between.
-std::vector<Item> readList(const std::string& list);
 
 /// Somebody who finds out what a file is. Each thread makes its own.
 class Reader {
@@ -27,7 +18,8 @@ class Reader {
   virtual ~Reader() = default;
 
   /// @return whether it found an audio stream with a sampling rate
-  virtual bool read(const std::string& path) = 0;
+  /// @throws std::runtime_error from ours and the floor when they could not do their work
+  virtual bool read(const Item& item) = 0;
 };
 
 using ReaderMaker = std::function<std::unique_ptr<Reader>()>;
@@ -40,8 +32,8 @@ struct ReaderKind {
 
 ReaderKind oursReader();
 
-/// The system calls that stand in the file `calls` for each path, and nothing else.
-ReaderKind floorReader(const std::string& calls);
+/// The system calls that stand in the file `calls` for the path of each item, and nothing else.
+ReaderKind floorReader(const std::string& calls, const std::vector<Item>& items);
 
 // The peers; each of these exists only where its library was found when this was built.
 ReaderKind tagLibReader();

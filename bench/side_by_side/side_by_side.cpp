@@ -1,5 +1,6 @@
 // side_by_side LIST CALLS JSON [ROUNDS]: analyses the same library with everybody, in one process and in turns, so that
-// whatever else the machine does meets all alike. Prints the medians per variant, ratios first, and writes JSON.
+// whatever else the machine does meets all alike; then the whole library with one thread and with two, in turns again.
+// Prints the medians per variant, ratios first, and writes JSON.
 
 #include <algorithm>
 #include <array>
@@ -8,6 +9,9 @@
 #include <ctime>
 #include <exception>
 #include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <numeric>
 #include <thread>
@@ -22,7 +26,7 @@ using Clock = std::chrono::steady_clock;
 using nlohmann::json;
 
 /// Files of each variant that everybody begins with. Who takes long for them sees no others of that variant, and who
-/// takes very long sees none of it again.
+/// takes very long for the first sees it once more, now that it is warm, and then none of the variant again.
 constexpr size_t sampleSize = 5;
 constexpr double longTime = 1000;       // microseconds
 constexpr double veryLongTime = 20000;  // microseconds
@@ -61,8 +65,8 @@ struct Contender {
   std::vector<double> perOwnTimeOfTwo;  ///< the same of two threads, together
 };
 
-std::vector<Contender> contenders(const std::string& calls) {
-  std::vector<ReaderKind> kinds = {floorReader(calls), oursReader()};
+std::vector<Contender> contenders(const std::string& calls, const std::vector<Item>& items) {
+  std::vector<ReaderKind> kinds = {floorReader(calls, items), oursReader()};
 #ifdef BENCH_TAGLIB
   kinds.push_back(tagLibReader());
 #endif
@@ -89,7 +93,7 @@ std::vector<Contender> contenders(const std::string& calls) {
 /// An item, and its number among those of its variant.
 struct Numbered {
   Item item;
-  size_t number;
+  size_t numberInVariant;
 };
 
 std::vector<Numbered> numbered(const std::vector<Item>& items) {
@@ -101,10 +105,22 @@ std::vector<Numbered> numbered(const std::vector<Item>& items) {
   return all;
 }
 
+/// The order of a round. With an even number of readers, everybody comes directly behind each of the others once in as
+/// many rounds, and so meets the processor's caches as each of them leaves them. (If the first one only became the last
+/// of the next round, nearly everybody would stay behind the same one.)
+std::vector<size_t> orderOf(size_t round, size_t readers) {
+  std::vector<size_t> order;
+  for (size_t place = 0; place < readers; ++place) {
+    const size_t zigzag = place % 2 == 0 ? readers - place / 2 : place / 2 + 1;  // 0, 1, -1, 2, -2, ...
+    order.push_back((round + zigzag) % readers);
+  }
+  return order;
+}
+
 /// @return microseconds
-double timeOne(Contender& who, const std::string& path, bool& recognised) {
+double timeOne(Contender& who, const Item& item, bool& recognised) {
   const auto begin = Clock::now();
-  recognised = who.reader->read(path);
+  recognised = who.reader->read(item);
   return microseconds(Clock::now() - begin);
 }
 
@@ -112,12 +128,17 @@ double timeOne(Contender& who, const std::string& path, bool& recognised) {
 void timeSample(Contender& who, const std::vector<Numbered>& items) {
   std::map<std::string, std::vector<double>> times;
   for (const auto& [item, number] : items) {
-    const bool enough = number != 0 && times[item.variant].front() > veryLongTime;
-    if (number < sampleSize && !enough) {
-      bool recognised = false;
-      times[item.variant].push_back(timeOne(who, item.path, recognised));
-      who.recognises[item.variant] = recognised && (number == 0 || who.recognises[item.variant]);
+    std::vector<double>& some = times[item.variant];
+    const bool enough = number != 0 && some.front() > veryLongTime;
+    if (number >= sampleSize || enough) {
+      continue;
     }
+    bool recognised = false;
+    some.push_back(timeOne(who, item, recognised));
+    if (number == 0 && some.front() > veryLongTime) {
+      some.front() = timeOne(who, item, recognised);
+    }
+    who.recognises[item.variant] = recognised && (number == 0 || who.recognises[item.variant]);
   }
   for (const auto& [variant, some] : times) {
     who.expected[variant] = median(some);
@@ -127,30 +148,30 @@ void timeSample(Contender& who, const std::vector<Numbered>& items) {
   }
 }
 
-/// @return whether it has read the whole library
-bool timeAll(Contender& who, const std::vector<Numbered>& items) {
-  bool whole = true;
-  for (const auto& [item, number] : items) {
-    const double expected = who.expected[item.variant];
-    if (expected > veryLongTime || (expected > longTime && number >= sampleSize)) {
-      whole = false;
-      continue;
+/// Whether `who` is quick enough to see this file in every round.
+bool seesAgain(const Contender& who, const Numbered& numbered) {
+  const double expected = who.expected.at(numbered.item.variant);
+  return expected <= longTime || (expected <= veryLongTime && numbered.numberInVariant < sampleSize);
+}
+
+void timeAll(Contender& who, const std::vector<Numbered>& items) {
+  for (const Numbered& numbered : items) {
+    if (seesAgain(who, numbered)) {
+      bool recognised = false;
+      who.times[numbered.item.variant].push_back(timeOne(who, numbered.item, recognised));
     }
-    bool recognised = false;
-    who.times[item.variant].push_back(timeOne(who, item.path, recognised));
   }
-  return whole;
 }
 
 /// The library by `count` threads at once, each with its share of the files of every variant.
 /// @param perOwnTime receives the files per second that the threads would manage with a core each
 /// @return files per second
 double timeThreads(const ReaderKind& kind, const std::vector<Item>& items, size_t count, double& perOwnTime) {
-  std::vector<std::vector<std::string>> shares(count);
+  std::vector<std::vector<Item>> shares(count);
   size_t files = 0;
   for (const Item& item : items) {
     if (item.part == "library") {
-      shares[files++ % count].push_back(item.path);
+      shares[files++ % count].push_back(item);
     }
   }
   constexpr size_t times = 4;  // several times over, so that starting a thread does not count
@@ -159,8 +180,8 @@ double timeThreads(const ReaderKind& kind, const std::vector<Item>& items, size_
     const auto reader = kind.make();
     const double begin = ownTime();
     for (size_t again = 0; again < times; ++again) {
-      for (const std::string& path : shares[number]) {
-        reader->read(path);
+      for (const Item& item : shares[number]) {
+        reader->read(item);
       }
     }
     rates[number] = static_cast<double>(times * shares[number].size()) * 1e6 / (ownTime() - begin);
@@ -186,12 +207,23 @@ void timeOneAndTwo(Contender& who, const std::vector<Item>& items) {
   who.perOwnTimeOfTwo.push_back(perOwnTime);
 }
 
+/// The median of what the ratio was in each round, when the machine did the same for both.
+double medianRatio(const std::vector<double>& numerators, const std::vector<double>& denominators) {
+  std::vector<double> ratios;
+  std::transform(numerators.begin(), numerators.end(), denominators.begin(), std::back_inserter(ratios),
+                 std::divides<>());
+  return median(ratios);
+}
+
 json toJson(const std::vector<Contender>& all) {
   json variants = json::object();
   json rates = json::object();
+  const Contender& ours =
+      *std::find_if(all.begin(), all.end(), [](const Contender& who) { return who.kind.name == "ours"; });
   for (const Contender& who : all) {
     for (const auto& [variant, times] : who.times) {
-      variants[variant][who.kind.name] = {{"us", median(times)}, {"recognised", who.recognises.at(variant)}};
+      variants[variant][who.kind.name] = {
+          {"us", median(times)}, {"recognised", who.recognises.at(variant)}, {"n", times.size()}};
     }
     if (!who.rates.empty()) {
       rates[who.kind.name] = {{"one", median(who.rates)},
@@ -199,7 +231,9 @@ json toJson(const std::vector<Contender>& all) {
                               {"best_one", *std::max_element(who.rates.begin(), who.rates.end())},
                               {"best_two", *std::max_element(who.ratesOfTwo.begin(), who.ratesOfTwo.end())},
                               {"own_one", median(who.perOwnTime)},
-                              {"own_two", median(who.perOwnTimeOfTwo)}};
+                              {"own_two", median(who.perOwnTimeOfTwo)},
+                              {"ratio_of_two", medianRatio(who.ratesOfTwo, who.rates)},
+                              {"ours_ratio", medianRatio(ours.rates, who.rates)}};
     }
   }
   return {{"variants", variants}, {"files_per_second", rates}};
@@ -234,16 +268,22 @@ void print(const json& figures) {
   }
 }
 
-void run(const std::string& list, const std::string& calls, const std::string& output, int rounds) {
+void run(const std::string& list, const std::string& calls, const std::string& output, size_t rounds) {
   const std::vector<Item> items = readList(list);
   const std::vector<Numbered> all = numbered(items);
-  std::vector<Contender> readers = contenders(calls);
+  std::vector<Contender> readers = contenders(calls, items);
   for (Contender& who : readers) {
     timeSample(who, all);
   }
-  for (int round = 0; round < rounds; ++round) {
-    for (Contender& who : readers) {
-      if (timeAll(who, all)) {
+  for (size_t round = 0; round < rounds; ++round) {
+    for (const size_t which : orderOf(round, readers.size())) {
+      timeAll(readers[which], all);
+    }
+  }
+  for (size_t round = 0; round < rounds; ++round) {
+    for (const size_t which : orderOf(round, readers.size())) {
+      Contender& who = readers[which];
+      if (std::all_of(all.begin(), all.end(), [&](const Numbered& numbered) { return seesAgain(who, numbered); })) {
         timeOneAndTwo(who, items);
       }
     }
@@ -262,7 +302,7 @@ int main(int count, char** arguments) {
     return 2;
   }
   try {
-    quorin_bench::run(arguments[1], arguments[2], arguments[3], count == 5 ? std::stoi(arguments[4]) : 15);
+    quorin_bench::run(arguments[1], arguments[2], arguments[3], count == 5 ? std::stoul(arguments[4]) : 15);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "side_by_side: %s\n", error.what());
     return 1;

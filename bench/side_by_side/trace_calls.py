@@ -1,25 +1,25 @@
 #!/usr/bin/python3
 """trace_calls.py ONE_BY_ONE LIST CALLS: which system calls an analysis makes on each file.
 
-CALLS receives, for each file, a line "F PATH" and a line for each call: o FLAGS, S (stat by path), s (fstat),
-r LENGTH, p LENGTH OFFSET, c. CALLS.json receives the counts per variant. What the floor repeats is this, with one
-fstat however many there were: those would not be the machine's limit.
+CALLS receives, for each file, a line "F PATH" and a line for each call, with what it returned first: o RESULT FLAGS (0
+for any descriptor), s RESULT (fstat), p RESULT LENGTH OFFSET, c RESULT. CALLS.json receives the counts per variant.
+What the floor repeats is this, with one fstat however many there were: those would not be the machine's limit.
 """
 
 import collections
 import json
 import os
 import re
-import statistics
 import subprocess
 import sys
 
 NEXT = re.compile(r'access\("/next/(\w+)"')
-OPEN = re.compile(r'open(?:at)?\((?:AT_FDCWD, )?"[^"]*", ([A-Z_|]+)')
-READ = re.compile(r'read\(\d+, .*, (\d+)\)\s+= (-?\d+)')
+OPEN = re.compile(r'openat\(AT_FDCWD, "[^"]*", ([A-Z_|]+)\)\s+= (-?\d+)')
 PREAD = re.compile(r'pread64\(\d+, .*, (\d+), (\d+)\)\s+= (-?\d+)')
-BY_DESCRIPTOR = re.compile(r'(?:fstat\(|(?:newfstatat|statx)\(\d+, "")')
-BY_PATH = re.compile(r'(?:l?stat\(|(?:newfstatat|statx)\(AT_FDCWD, ")')
+FSTAT = re.compile(r'(?:fstat\(\d+, |newfstatat\(\d+, "", ).*\)\s+= (-?\d+)')
+CLOSE = re.compile(r'close\(\d+\)\s+= (-?\d+)')
+# Not the mapping of a file, whose bytes would then be read without a call.
+MEMORY = re.compile(r'brk\(|munmap\(|mmap\(.*\bMAP_ANONYMOUS\b')
 
 
 class Unknown(Exception):
@@ -35,21 +35,16 @@ def flags_of(names):
 
 def parse(call):
     """A line of CALLS and the bytes read; None for a call that touches no file."""
-    if call.startswith("pread64("):
-        length, offset, got = map(int, PREAD.match(call).groups())
-        return f"p {length} {offset}", max(got, 0)
-    if call.startswith("read("):
-        length, got = map(int, READ.match(call).groups())
-        return f"r {length} 0", max(got, 0)
-    if call.startswith("open"):
-        return f"o {flags_of(OPEN.match(call)[1])} 0", 0
-    if BY_DESCRIPTOR.match(call):
-        return "s 0 0", 0
-    if BY_PATH.match(call):
-        return "S 0 0", 0
-    if call.startswith("close("):
-        return "c 0 0", 0
-    if call.startswith(("brk(", "mmap(", "munmap(", "madvise(", "futex(", "access(", "+++", "---", "exit_group(")):
+    if match := PREAD.match(call):
+        length, offset, got = map(int, match.groups())
+        return f"p {got} {length} {offset}", max(got, 0)
+    if match := OPEN.match(call):
+        return f"o {min(int(match[2]), 0)} {flags_of(match[1])}", 0
+    if match := FSTAT.match(call):
+        return f"s {match[1]}", 0
+    if match := CLOSE.match(call):
+        return f"c {match[1]}", 0
+    if MEMORY.match(call):
         return None
     raise Unknown(call)
 
@@ -82,8 +77,7 @@ def main():
             calls[number].append(line)
     with open(output, "w") as file:
         for number, (_, _, path) in enumerate(items):
-            print("F", path, file=file)
-            print(*calls[number], sep="\n", file=file)
+            print("F " + path, *calls[number], sep="\n", file=file)
     variants = collections.defaultdict(list)
     for number, (variant, _, _) in enumerate(items):
         variants[variant].append(number)
@@ -91,7 +85,6 @@ def main():
         variant: {
             "calls": max(counts[number] for number in numbers),
             "bytes": max(read[number] for number in numbers),
-            "median_bytes": statistics.median(read[number] for number in numbers),
         }
         for variant, numbers in variants.items()
     }
