@@ -1,13 +1,12 @@
 // Each analyzer by itself on items of its own format and on those it declines; opening is measured by itself, too.
 
-#include <benchmark/benchmark.h>
-
 #include "formats/analyzer_audio_adts.h"
 #include "formats/analyzer_audio_dlna_pcm.h"
 #include "formats/analyzer_audio_flac.h"
 #include "formats/analyzer_audio_mp3.h"
 #include "formats/analyzer_audio_wav.h"
 #include "memory_item.h"
+#include "micro.h"
 
 namespace quorin_bench {
 namespace {
@@ -16,7 +15,7 @@ using namespace zu::md::common::quorin;
 
 void openAlone(benchmark::State& state, const MemoryItem& item) {
   for (auto _ : state) {
-    benchmark::DoNotOptimize(opened(item.bytes));
+    benchmark::DoNotOptimize(opened(item));
   }
 }
 
@@ -25,11 +24,13 @@ void analyze(benchmark::State& state, const MemoryItem& item) {
   Analyzer analyzer;
   for (auto _ : state) {
     boost::shared_ptr<Info> info;
-    benchmark::DoNotOptimize(analyzer.analyze(opened(item.bytes), info));
+    benchmark::DoNotOptimize(analyzer.analyze(opened(item), info));
   }
 }
 
-void registerAll() {
+}  // namespace
+
+void registerAll(const std::vector<std::string>&) {
   benchmark::RegisterBenchmark("open", openAlone, memoryItems().front());
   for (const MemoryItem& item : memoryItems()) {
     const auto add = [&item](const char* analyzer, auto* function) {
@@ -43,12 +44,4 @@ void registerAll() {
   }
 }
 
-}  // namespace
 }  // namespace quorin_bench
-
-int main(int count, char** arguments) {
-  benchmark::Initialize(&count, arguments);
-  quorin_bench::registerAll();
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
-}

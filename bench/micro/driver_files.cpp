@@ -1,11 +1,10 @@
 // bench_driver_files LIST: whole analyses of the library's files, one variant after the other.
 
-#include <benchmark/benchmark.h>
+#include <map>
+#include <stdexcept>
 
-#include <cstdio>
-#include <exception>
-
-#include "../side_by_side/readers.h"
+#include "../side_by_side/read_list.h"
+#include "micro.h"
 #include "quorin/analyzer.h"
 
 namespace quorin_bench {
@@ -13,42 +12,37 @@ namespace {
 
 using namespace zu::md::common;
 
-void analyze(benchmark::State& state, const std::vector<std::string>& paths) {
+void analyze(benchmark::State& state, const std::vector<Item>& items) {
   quorin::Analyzer analyzer(quorin::Analyzer::MODE_AUDIO);
   strell::OpenParams params;
+  const int expected = expectedStatus(items.front().variant);
   size_t number = 0;
   for (auto _ : state) {
-    params.uri = paths[number++ % paths.size()];
+    const Item& item = items[number++ % items.size()];
+    params.uri = item.path;
     boost::shared_ptr<quorin::AnalyzeResult> result;
-    benchmark::DoNotOptimize(analyzer.analyze(params, result));
-  }
-}
-
-void registerAll(const std::string& list) {
-  std::map<std::string, std::vector<std::string>> variants;
-  for (const Item& item : readList(list)) {
-    variants[item.variant].push_back(item.path);
-  }
-  for (const auto& [variant, paths] : variants) {
-    benchmark::RegisterBenchmark(("driver_files/" + variant).c_str(), analyze, paths);
+    const int status = analyzer.analyze(params, result);
+    if (status != expected) {
+      fail(state,
+           item.path + ": ended with status " + std::to_string(status) + ", a file of the variant " + item.variant);
+      break;
+    }
   }
 }
 
 }  // namespace
-}  // namespace quorin_bench
 
-int main(int count, char** arguments) {
-  benchmark::Initialize(&count, arguments);
-  if (count != 2) {
-    std::fprintf(stderr, "usage: bench_driver_files [--benchmark_...] LIST\n");
-    return 2;
+void registerAll(const std::vector<std::string>& arguments) {
+  if (arguments.size() != 1) {
+    throw std::runtime_error("usage: bench_driver_files [--benchmark_...] LIST");
   }
-  try {
-    quorin_bench::registerAll(arguments[1]);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench_driver_files: %s\n", error.what());
-    return 1;
+  std::map<std::string, std::vector<Item>> variants;
+  for (const Item& item : readList(arguments.front())) {
+    variants[item.variant].push_back(item);
   }
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  for (const auto& [variant, items] : variants) {
+    benchmark::RegisterBenchmark(("driver_files/" + variant).c_str(), analyze, items);
+  }
 }
+
+}  // namespace quorin_bench

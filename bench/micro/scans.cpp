@@ -1,10 +1,9 @@
 // The scan for a sync over 64 KiB of cached bytes in which none is: text, in which no byte begins one, and noise, in
 // which one byte of 256 does.
 
-#include <benchmark/benchmark.h>
-
 #include "framework/cache_scan.h"
 #include "memory_item.h"
+#include "micro.h"
 
 namespace quorin_bench {
 namespace {
@@ -28,7 +27,8 @@ Bytes noiseWithoutSync() {
 }
 
 void scan(benchmark::State& state, const Bytes& bytes, const SyncPattern& pattern) {
-  const auto strell = opened(bytes);
+  const MemoryItem item = {"scanned", bytes};
+  const auto strell = opened(item);
   unsigned char* data = nullptr;
   strell->readDataCache(65536, data);
   for (auto _ : state) {
@@ -36,20 +36,20 @@ void scan(benchmark::State& state, const Bytes& bytes, const SyncPattern& patter
     benchmark::DoNotOptimize(scanForSync(*strell, pattern, scanned, {"Bench", "scan", 0}));
   }
   if (strell->getDataCacheOffset() != scanned) {
-    state.SkipWithError("the scan ended early");
+    fail(state, "the scan ended early");
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * scanned);
 }
 
-const Bytes text = quorin_test::noise(65536);
-const Bytes noise = noiseWithoutSync();
-
-BENCHMARK_CAPTURE(scan, two_bytes_in_text, text, twelveBits);
-BENCHMARK_CAPTURE(scan, two_bytes_in_noise, noise, twelveBits);
-BENCHMARK_CAPTURE(scan, four_bytes_in_text, text, word);
-BENCHMARK_CAPTURE(scan, four_bytes_in_noise, noise, word);
-
 }  // namespace
-}  // namespace quorin_bench
 
-BENCHMARK_MAIN();
+void registerAll(const std::vector<std::string>&) {
+  const Bytes text = quorin_test::noise(65536);
+  const Bytes noise = noiseWithoutSync();
+  benchmark::RegisterBenchmark("scan/two_bytes_in_text", scan, text, twelveBits);
+  benchmark::RegisterBenchmark("scan/two_bytes_in_noise", scan, noise, twelveBits);
+  benchmark::RegisterBenchmark("scan/four_bytes_in_text", scan, text, word);
+  benchmark::RegisterBenchmark("scan/four_bytes_in_noise", scan, noise, word);
+}
+
+}  // namespace quorin_bench
