@@ -9,8 +9,8 @@
 #             for building and 12 for running
 #   coverage  lines and branches of src and platform/host that the suites reach, see coverage.sh: 12 minutes, 5 of them
 #             for building
-#   counts    the instructions of an analysis against the budgets in bench/instructions: 6 minutes, most of them for
-#             building the benchmarks, which nothing else needs
+#   counts    the instructions of an analysis against the budgets in bench/instructions: some minutes, most of them for
+#             counting under qemu
 #   fuzz      a long campaign: each harness under each fuzzer for ten minutes, or QUORIN_FUZZ_SECONDS; what it finds is
 #             chance, and cannot hold up a change
 set -eu

@@ -21,22 +21,27 @@ QUANTILE = 10  # of a hundred: a process this short is over before the scheduler
 SCAN_ROUNDS = 5
 QUICK_SCANS = 5  # in a round: one is over so soon that the start of a compiler beside it would halve its speed
 FFPROBE_FILES = 100  # of the library; it starts a process for each
+FAILS = "ffprobe"  # in a scan, as some files are no music; so does exiftool, of which `wait` tells nothing
 
 
-def hyperfine(commands, runs, warmup=2):
-    """Command -> times in seconds. Not measured from here, where waiting with a time limit means to look again and
-    again, after 16 and 32 ms: it doubled the time of a scan."""
+def hyperfine(commands, runs, warmup=2, may_fail=False):
+    """Command -> times in seconds, and the computing time of a run. Not measured from here, where waiting with a time
+    limit means to look again and again, after 16 and 32 ms: it doubled the time of a scan."""
     with tempfile.NamedTemporaryFile() as report:
-        subprocess.run(["hyperfine", "-N", "--style", "none", "--ignore-failure", "--warmup", str(warmup),
-                        "--runs", str(runs), "--export-json", report.name, *commands], check=True,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=600)
-        return {result["command"]: result["times"] for result in json.load(report)["results"]}
+        process = subprocess.run(["hyperfine", "-N", "--style", "none", *(["--ignore-failure"] if may_fail else []),
+                                  "--warmup", str(warmup), "--runs", str(runs), "--export-json", report.name,
+                                  *commands], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+                                 timeout=600)
+        if process.returncode != 0:
+            sys.exit(f"measure.py: {commands}: {process.stderr}")
+        return {result["command"]: (result["times"], result["user"] + result["system"])
+                for result in json.load(report)["results"]}
 
 
 def peak_kilobytes(command):
     """GNU time measures it: a process started from here would begin with the memory of this one."""
     words = ["/usr/bin/time", "-f", "%M", *shlex.split(command)]
-    return int(subprocess.run(words, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+    return int(subprocess.run(words, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=True,
                               timeout=60).stderr.splitlines()[-1])
 
 
@@ -46,15 +51,16 @@ def one_file(path, bare, quorin):
     names = {command: name for name, command in commands.items()}
     times = {name: [] for name in commands}
     for _ in range(ROUNDS):
-        for command, some in hyperfine(list(commands.values()), RUNS).items():
+        for command, (some, _) in hyperfine(list(commands.values()), RUNS).items():
             times[names[command]] += some
     return {name: {"ms": 1000 * statistics.quantiles(times[name], n=100)[QUANTILE - 1],
+                   "median_ms": 1000 * statistics.median(times[name]),
                    "peak_kb": statistics.median(peak_kilobytes(commands[name]) for _ in range(5))}
             for name in commands}
 
 
 def scans(paths, quorin, folder):
-    """Files per second: the median of the rounds, and the best."""
+    """Files per second, and the microseconds that all threads together compute for a file."""
     everything = folder / "all"
     everything.write_text("\n".join(paths))
     few = folder / "few"
@@ -72,15 +78,19 @@ def scans(paths, quorin, folder):
                     len(few.read_text().split("\n"))),
     }
     records = subprocess.run(shlex.split(commands["quorin"][0]), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
-                             check=False, timeout=60).stdout.splitlines()
+                             check=True, timeout=60).stdout.splitlines()
     if len(records) != len(paths):  # one that ends at once would look the fastest
         sys.exit(f"measure.py: quorin scan told {len(records)} of {len(paths)} files")
     rates = {name: [] for name in commands}
+    computing = {name: [] for name in commands}
     for _ in range(SCAN_ROUNDS):
         for name, (command, files) in commands.items():
             runs = QUICK_SCANS if name == "quorin" else 1
-            rates[name] += [files / seconds for seconds in hyperfine([command], runs, warmup=0)[command]]
-    return {name: {"median": statistics.median(some), "best": max(some)} for name, some in rates.items()}
+            times, own = hyperfine([command], runs, warmup=0, may_fail=name == FAILS)[command]
+            rates[name] += [files / seconds for seconds in times]
+            computing[name].append(1e6 * own / files)
+    return {name: {"median": statistics.median(rates[name]), "own_us": statistics.median(computing[name])}
+            for name in commands}
 
 
 def main():
