@@ -51,7 +51,7 @@ fi
 build bench quorin quorin-documents-files side_by_side one_by_one bare analyse_times bench_analyzers bench_scans \
   bench_driver_memory bench_driver_files driver_allocation network
 
-rounds=${1:-15}
+rounds=${1:-16}
 printf '{"date": "%s", "load": "%s", "rounds": %d}\n' "$(date -u +%Y-%m-%d)" "$(cut -d ' ' -f 1-3 /proc/loadavg)" \
   "$rounds" >$figures/conditions.json
 sync # what was made until here would be written to the disk while something is timed

@@ -155,8 +155,10 @@ def targets_of_files(figures):
     yield at_most(1.05, "wav-5g / wav-5m, instructions",
                   {MACHINES[name]: counts["wav-5g"] / counts["wav-5m"]
                    for name, counts in figures.instructions.items()})
-    yield at_least(100000, "files of the library per second, one thread", {"": rates[OURS]["one"]}, "100 000", digits=0,
-                   beside=f"; {number(rates['TagLib']['ours_ratio'])} times TagLib")
+    # How many that are belongs to the machine: on the one that the target is of, TagLib reads 33,000.
+    yield at_least(100000 / 33000, "files of the library per second, one thread / TagLib",
+                   {"": rates["TagLib"]["ours_ratio"]}, "3.03 (100 000 where TagLib reads 33 000)",
+                   beside=f"; {number(rates[OURS]['one'], 0)} files/s here")
     yield at_least(1.6, "two threads / one", {"": rates[OURS]["ratio_of_two"]},
                    beside=f"; the floor alone {number(rates[FLOOR]['ratio_of_two'], 2)}")
 

@@ -302,7 +302,7 @@ int main(int count, char** arguments) {
     return 2;
   }
   try {
-    quorin_bench::run(arguments[1], arguments[2], arguments[3], count == 5 ? std::stoul(arguments[4]) : 15);
+    quorin_bench::run(arguments[1], arguments[2], arguments[3], count == 5 ? std::stoul(arguments[4]) : 16);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "side_by_side: %s\n", error.what());
     return 1;
