@@ -131,8 +131,9 @@ void showProgressLine(std::string_view line) {
 }
 
 void hideProgressLine() {
-  if (progressLineStands.exchange(false)) {
+  if (progressLineStands) {
     writeTalk(eraseLine);
+    progressLineStands = false;  // not before: a signal would leave the line
   }
 }
 
