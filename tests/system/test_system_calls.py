@@ -47,8 +47,8 @@ def items(tmp_path_factory, wave, plain_mp3):
         "middle-cover.mp3": with_cover(plain_mp3, 60_000),
         "large-cover.mp3": with_cover(plain_mp3, 1_500_000),
         # The longest frames that Layer III has.
-        "large-cover-and-frames.mp3": with_cover(lame(folder / "frames.mp3", "-b", "320", "--resample", "32").read_bytes(),
-                                                 1_500_000),
+        "large-cover-and-frames.mp3": with_cover(
+            lame(folder / "frames.mp3", "-b", "320", "--resample", "32").read_bytes(), 1_500_000),
         "plain.aac": (folder / "plain.aac").read_bytes(),
         "plain.flac": flac(wave, folder / "plain.flac"),
         "large-cover.flac": flac(wave, folder / "cover.flac", f"--picture={picture}"),
