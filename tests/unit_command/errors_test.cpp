@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 namespace quorin_command {
 namespace {
 
@@ -30,6 +32,12 @@ TEST(Errors, ARedirectThatIsNotFollowedTellsWhatWouldHelp) {
   EXPECT_EQ(tooManyRedirects(1).message, "still a redirect after one (--follow takes a higher number)");
   EXPECT_EQ(tooManyRedirects(20).message, "still a redirect after 20 (--follow takes a higher number)");
   EXPECT_NE(localTarget().message.find("--allow-local"), std::string::npos);
+}
+
+// A file that something is mounted on cannot be replaced, either.
+TEST(Errors, ABusyFileIsNotTakenForOneOfOurOwn) {
+  EXPECT_EQ(cannotWrite("a", EBUSY).message, "a: device or resource busy");
+  EXPECT_EQ(cannotWrite("a", EINPROGRESS).message, "a takes other output, and stays as it is ('-' is standard output)");
 }
 
 TEST(Errors, AServersAnswerIsToldWithItsNumber) {

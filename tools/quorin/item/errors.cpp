@@ -109,7 +109,7 @@ ItemError cannotWrite(const std::string& path, int error) {
     return {"file_exists", fmt::format("{} is there already (--force replaces it)", file)};
   }
   switch (error) {
-    case EBUSY:
+    case EINPROGRESS:
       return {"cannot_write", fmt::format("{} takes other output, and stays as it is ('-' is standard output)", file)};
     case ENXIO:
       return {"cannot_write", fmt::format("{} is not a regular file ('-' is standard output)", file)};

@@ -15,8 +15,8 @@ namespace quorin_command {
 namespace {
 
 /// Why a file must stay because it is open here: ETXTBSY when it is read, be it as an item, a scan or standard input;
-/// EBUSY when other output goes there, as with /dev/stdout behind a redirection; 0 when it is not open. The program has
-/// few descriptors, and they are numbered from 0 on.
+/// EINPROGRESS when other output goes there, as with /dev/stdout behind a redirection; 0 when it is not open. The
+/// program has few descriptors, and they are numbered from 0 on.
 int whyInUse(const struct stat& file) {
   constexpr int mostDescriptors = 256;
   for (int descriptor = 0; descriptor < mostDescriptors; ++descriptor) {
@@ -24,7 +24,7 @@ int whyInUse(const struct stat& file) {
     const int mode = ::fcntl(descriptor, F_GETFL);
     if (mode >= 0 && ::fstat(descriptor, &status) == 0 && status.st_dev == file.st_dev &&
         status.st_ino == file.st_ino) {
-      return (mode & O_ACCMODE) == O_WRONLY ? EBUSY : ETXTBSY;
+      return (mode & O_ACCMODE) == O_WRONLY ? EINPROGRESS : ETXTBSY;
     }
   }
   return 0;

@@ -27,8 +27,8 @@ class NewFile {
 
   /// Gives the file its name.
   /// @return 0, or the errno of whatever went wrong; EEXIST when a file of that name may not be replaced, ETXTBSY when
-  ///   it is one that this program is reading, EBUSY one where its other output goes, ENXIO when it is a folder, a pipe
-  ///   or a device
+  ///   it is one that this program is reading, EINPROGRESS one where its other output goes, ENXIO when it is a folder,
+  ///   a pipe or a device
   int commit();
 
   /// What `commit` will say, as far as that can be known before.
