@@ -15,7 +15,7 @@ import subprocess
 import sys
 import tempfile
 
-VARIANTS = ("mp3-tagged", "mp3-cover-20k", "mp3-cover-1.5m", "flac", "flac-cover-1.5m")
+VARIANTS = ("mp3-plain", "mp3-tagged", "mp3-cover-20k", "mp3-cover-1.5m", "flac", "flac-cover-1.5m")
 TIMES = 300000  # that each of them is analysed; some seconds
 SCANS = 40
 FREQUENCY = 4000  # samples per second of computing
@@ -23,7 +23,7 @@ TIME_LIMIT = 60  # seconds of each recording
 FRAME = re.compile(r"\s+[0-9a-f]+ (.*) \((.*)\)$")
 
 PROCESS = "start and end of the process"
-READING, OPENING = "kernel: read the file", "kernel: open, as folder and as file"
+READING, OPENING = "kernel: read the file", "kernel: open the file"
 
 # Group -> what is found in a sample; the first group that matches has it. A sample in the kernel is "kernel" and its
 # functions, innermost first, up to the one that called the kernel. Any other is a library or program and its function.
@@ -32,7 +32,7 @@ IN_KERNEL = {
              r"|ret_from_fork|sys_clone))",
     READING: r"^kernel .*(sys_p?read|ksys_read|_pread|\bread\b)",
     OPENING: r"^kernel .*(sys_open|libc_open|open64)",
-    "kernel: size and time": r"^kernel .*(sys_newf?stat|sys_statx|fstat)",
+    "kernel: whether it is a folder, size and time": r"^kernel .*(sys_newf?stat|sys_statx|fstat)",
     "kernel: entry, page faults, folders, close and the rest": r"^kernel ",
 }
 IN_C_LIBRARY = {

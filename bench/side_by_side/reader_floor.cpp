@@ -22,7 +22,11 @@ struct Call {
   long long second;  ///< pread: offset
 };
 
-using Calls = std::vector<Call>;
+/// Those of one item.
+struct Calls {
+  std::string asFolder;  ///< its path with a slash behind it
+  std::vector<Call> calls;
+};
 
 constexpr size_t mostBytes = 1 << 20;  // of a read
 
@@ -36,7 +40,7 @@ Call toCall(const std::string& line) {
   if (call.kind == 'p') {
     words >> call.second;
   }
-  const bool known = std::string("ospc").find(call.kind) != std::string::npos;
+  const bool known = std::string("ofspc").find(call.kind) != std::string::npos;
   if (!known || !words || !words.eof() || (call.kind == 'p' && call.first > static_cast<long long>(mostBytes))) {
     throw std::runtime_error("floor: cannot make the call '" + line + "'");
   }
@@ -50,9 +54,9 @@ std::unordered_map<std::string, Calls> readCalls(const std::string& path) {
   for (std::string line; std::getline(file, line);) {
     if (line.compare(0, 2, "F ") == 0) {
       calls = &byPath[line.substr(2)];
-      calls->clear();  // a path may stand in the list more than once
+      *calls = {line.substr(2) + '/', {}};  // a path may stand in the list more than once
     } else if (calls != nullptr) {
-      calls->push_back(toCall(line));
+      calls->calls.push_back(toCall(line));
     } else {
       throw std::runtime_error(path + ": a call before the first file");
     }
@@ -66,7 +70,7 @@ std::vector<Calls> callsOf(const std::vector<Item>& items, const std::string& pa
   std::vector<Calls> byNumber;
   for (const Item& item : items) {
     const auto found = byPath.find(item.path);
-    if (found == byPath.end() || found->second.empty()) {
+    if (found == byPath.end() || found->second.calls.empty()) {
       throw std::runtime_error(path + ": no calls for " + item.path);
     }
     byNumber.push_back(found->second);
@@ -81,12 +85,16 @@ class Floor : public Reader {
   bool read(const Item& item) override {
     int file = -1;
     struct stat status = {};
-    for (const Call& call : (*calls_)[item.number]) {
+    const Calls& calls = (*calls_)[item.number];
+    for (const Call& call : calls.calls) {
       long long result = 0;
       switch (call.kind) {
         case 'o':
           file = ::open(item.path.c_str(), static_cast<int>(call.first));
           result = file < 0 ? -1 : 0;
+          break;
+        case 'f':
+          result = ::stat(calls.asFolder.c_str(), &status);
           break;
         case 's':
           result = ::fstat(file, &status);

@@ -2,7 +2,8 @@
 """trace_calls.py ONE_BY_ONE LIST CALLS: which system calls an analysis makes on each file.
 
 CALLS receives, for each file, a line "F PATH" and a line for each call, with what it returned first: o RESULT FLAGS (0
-for any descriptor), s RESULT (fstat), p RESULT LENGTH OFFSET, c RESULT. CALLS.json receives the counts per variant.
+for any descriptor), f RESULT (stat as a folder), s RESULT (fstat), p RESULT LENGTH OFFSET, c RESULT. CALLS.json
+receives the counts per variant.
 What the floor repeats is this, with one fstat however many there were: those would not be the machine's limit.
 """
 
@@ -16,6 +17,7 @@ import sys
 NEXT = re.compile(r'access\("/next/(\w+)"')
 OPEN = re.compile(r'openat\(AT_FDCWD, "[^"]*", ([A-Z_|]+)\)\s+= (-?\d+)')
 PREAD = re.compile(r'pread64\(\d+, .*, (\d+), (\d+)\)\s+= (-?\d+)')
+STAT_AS_FOLDER = re.compile(r'(?:stat\(|newfstatat\(AT_FDCWD, )"[^"]*/", .*\)\s+= (-?\d+)')
 FSTAT = re.compile(r'(?:fstat\(\d+, |newfstatat\(\d+, "", ).*\)\s+= (-?\d+)')
 CLOSE = re.compile(r'close\(\d+\)\s+= (-?\d+)')
 # Not the mapping of a file, whose bytes would then be read without a call.
@@ -40,6 +42,8 @@ def parse(call):
         return f"p {got} {length} {offset}", max(got, 0)
     if match := OPEN.match(call):
         return f"o {min(int(match[2]), 0)} {flags_of(match[1])}", 0
+    if match := STAT_AS_FOLDER.match(call):
+        return f"f {match[1]}", 0
     if match := FSTAT.match(call):
         return f"s {match[1]}", 0
     if match := CLOSE.match(call):

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <iostream>
+#include <string>
 
 int main(int count, char** arguments) {
   if (count != 2) {
@@ -13,11 +14,11 @@ int main(int count, char** arguments) {
     return 2;
   }
   const char* const path = arguments[1];
-  if (::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC) >= 0) {
+  struct stat status = {};
+  if (::stat((std::string(path) + '/').c_str(), &status) == 0) {
     return 1;
   }
   const int file = ::open(path, O_RDONLY | O_CLOEXEC);
-  struct stat status = {};
   std::array<char, 9216> head;
   std::array<char, 128> tail;
   if (file < 0 || ::fstat(file, &status) != 0 || ::pread(file, head.data(), head.size(), 0) < 0 ||

@@ -1,7 +1,9 @@
 #include "redirect/folder.h"
 
 #include <dirent.h>
+#include <sys/stat.h>
 
+#include <cerrno>
 #include <string>
 #include <string_view>
 
@@ -48,7 +50,20 @@ bool isMediaFolder(const std::string& uri) {
   return true;
 }
 
+/// Whether opendir() would find that `path` is none. The slash makes the kernel say so on its way there, before it has
+/// made an open file to be thrown away: that saves a third of the time of what nearly every item is asked.
+bool isKnownNotToBeFolder(const std::string& path) {
+  std::string asFolder;
+  asFolder.reserve(path.size() + 1);
+  asFolder.append(path).push_back('/');
+  struct stat status = {};
+  return ::stat(asFolder.c_str(), &status) != 0 && errno == ENOTDIR;
+}
+
 bool isLocalFolder(const std::string& path) {
+  if (isKnownNotToBeFolder(path)) {
+    return false;
+  }
   DIR* const directory = opendir(path.c_str());
   if (directory == nullptr) {
     return false;

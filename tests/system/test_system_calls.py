@@ -7,7 +7,7 @@ import pytest
 
 from conftest import COMMAND, TIME_LIMIT, clean_environment, id3_tag, lame
 
-MOST_CALLS = 7  # the attempt to open it as a folder, open, its kind and size, three reads, close
+MOST_CALLS = 7  # whether it is a folder, open, its kind and size, three reads, close
 MOST_BYTES = 64 * 1024
 
 ID3V1 = b"TAG" + bytes(125)
@@ -61,7 +61,7 @@ def items(tmp_path_factory, wave, plain_mp3):
 def calls_on(path):
     """The system calls by path or descriptor, and the bytes that were read."""
     trace = path.with_suffix(".strace")
-    subprocess.run(["strace", "-f", "-s", "0", "-o", trace, "-P", path, COMMAND, path],
+    subprocess.run(["strace", "-f", "-s", "0", "-o", trace, "-P", path, "-P", f"{path}/", COMMAND, path],
                    env=clean_environment(ASAN_OPTIONS="detect_leaks=0"),  # which cannot be traced
                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=TIME_LIMIT)
     calls = re.findall(r"^\d+ +((\w+)\(.*\) += (-?\d+).*)$", trace.read_text(), re.MULTILINE)
@@ -76,6 +76,7 @@ def test_a_file_takes_few_calls_and_little_of_it_is_read(tmp_path, items, name):
     path.write_bytes(items[name])
     calls, read = calls_on(path)
     assert any("pread64" in call or "read(" in call for call in calls)
+    assert len([call for call in calls if call.startswith("open")]) == 1, "it is no folder, which takes no open to see"
     assert len(calls) <= MOST_CALLS, "\n".join(calls)
     assert 0 < read <= MOST_BYTES
 
@@ -98,6 +99,14 @@ def test_a_file_that_is_told_by_its_beginning_takes_one_read(tmp_path, items, na
     calls, read = calls_on(path)
     assert len([call for call in calls if "read" in call]) == 1, "\n".join(calls)
     assert read == 9216
+
+
+def test_a_folder_takes_one_call_to_see_that_it_may_be_one(tmp_path):
+    folder = tmp_path / "folder"
+    folder.mkdir()
+    calls, _ = calls_on(folder)
+    assert len([call for call in calls if call.startswith("open")]) == 1
+    assert len(calls) <= 4, "\n".join(calls)  # whether it may be one, and opendir and closedir
 
 
 def test_a_long_file_takes_what_a_short_one_takes(tmp_path, items):

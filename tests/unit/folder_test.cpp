@@ -1,11 +1,16 @@
 #include "redirect/folder.h"
 
+#include <dirent.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <random>
 #include <stdexcept>
 #include <vector>
@@ -180,6 +185,42 @@ TEST_F(Folder, AnAbsolutePathOfADirectoryIsOne) {
   EXPECT_FALSE(isFolder(directory_ + "/song.mp3"));
   EXPECT_FALSE(isFolder(directory_ + "/missing"));
   EXPECT_EQ(log.dump(), "");
+}
+
+TEST_F(Folder, IsWhatCanBeOpenedAsADirectory) {
+  std::filesystem::create_directory(directory_ + "/album");
+  std::filesystem::create_directory_symlink("album", directory_ + "/to-album");
+  std::filesystem::create_symlink("song.mp3", directory_ + "/to-song");
+  std::filesystem::create_symlink("nowhere", directory_ + "/to-nowhere");
+  std::filesystem::create_symlink("to-itself", directory_ + "/to-itself");
+  ASSERT_EQ(mkfifo((directory_ + "/pipe").c_str(), 0600), 0);
+  std::filesystem::create_directory(directory_ + "/closed");
+  std::filesystem::permissions(directory_ + "/closed", std::filesystem::perms::none);
+  std::vector<std::string> paths;
+  for (const char* name :
+       {"",           "/album",     "/album/",     "/album/.",    "/album/..", "/to-album", "/to-album/",
+        "/song.mp3",  "/song.mp3/", "/song.mp3/.", "/song.mp3/x", "/to-song",  "/to-song/", "/to-nowhere",
+        "/to-itself", "/pipe",      "/pipe/",      "/closed",     "/closed/x", "/missing",  "/missing/"}) {
+    paths.push_back(directory_ + name);
+  }
+  paths.push_back(directory_ + "/album" + std::string("\0/x", 3));
+  paths.push_back(directory_ + "/song.mp3" + std::string("\0/x", 3));
+  constexpr size_t tooLong = PATH_MAX;  // with the NUL behind it
+  for (const char* end : {"/album", "/song.mp3"}) {
+    for (size_t length : {tooLong - 3, tooLong - 2, tooLong - 1, tooLong, tooLong + 1, 4 * tooLong}) {
+      const size_t missing = length - directory_.size() - std::strlen(end);
+      paths.push_back(directory_ + std::string(missing, '/') + end);
+      ASSERT_EQ(paths.back().size(), length);
+    }
+  }
+  int folders = 0;
+  for (const std::string& path : paths) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> opened(opendir(path.c_str()), closedir);
+    EXPECT_EQ(isFolder(path), opened != nullptr) << path;
+    folders += opened != nullptr ? 1 : 0;
+  }
+  EXPECT_GE(folders, 11);
+  std::filesystem::permissions(directory_ + "/closed", std::filesystem::perms::owner_all);
 }
 
 TEST_F(Folder, NothingElseIsLookedAt) {
