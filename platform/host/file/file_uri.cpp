@@ -1,6 +1,7 @@
 #include "file/file_uri.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "text/ascii.h"
 
@@ -52,7 +53,7 @@ bool pathOfFileUri(const std::string& text, std::string& path) {
   if (found.empty() || found.find('\0') != std::string::npos) {
     return false;
   }
-  path = found;
+  path = std::move(found);
   return true;
 }
 

@@ -29,7 +29,10 @@ long long positionOf(MdchUrlBase& url, bool seekable) {
 }  // namespace
 
 CheckedSource::CheckedSource(boost::shared_ptr<MdchUrlBase> url)
-    : url_(std::move(url)), seekable_(saysItCanSeek(*url_)), position_(positionOf(*url_, seekable_)) {}
+    : url_(std::move(url)),
+      http_(dynamic_cast<::md::HttpAccess*>(url_.get())),
+      seekable_(saysItCanSeek(*url_)),
+      position_(positionOf(*url_, seekable_)) {}
 
 int CheckedSource::readAt(long long offset, unsigned char* buffer, unsigned int length, unsigned int& bytesRead) {
   bytesRead = 0;
@@ -83,12 +86,11 @@ int CheckedSource::getSeekable(bool& seekable) const {
 }
 
 int CheckedSource::getHeaderList(std::deque<std::string>& lines) const {
-  auto* const http = dynamic_cast<::md::HttpAccess*>(url_.get());
-  if (http == nullptr) {
+  if (!hasHeader()) {
     return NO_HEADER;
   }
   std::deque<std::string> told;
-  const int status = checkedStatus(http->getHeaderList(told));
+  const int status = checkedStatus(http_->getHeaderList(told));
   if (status == 0) {
     lines.swap(told);
   }

@@ -20,6 +20,9 @@ class CheckedSource {
   /// Whether the source said, when it was taken, that it can seek.
   bool seekable() const { return seekable_; }
 
+  /// Whether it is of a kind that comes with a response header.
+  bool hasHeader() const { return http_ != nullptr; }
+
   /// Reads with one call of the source, which is made to seek only when it stands elsewhere. Status 0 with 0 bytes
   /// for a `length` above 0 is the end of the stream.
   int readAt(long long offset, unsigned char* buffer, unsigned int length, unsigned int& bytesRead);
@@ -34,6 +37,7 @@ class CheckedSource {
 
  private:
   boost::shared_ptr<MdchUrlBase> url_;
+  ::md::HttpAccess* http_;  ///< the same, if it is one
   bool seekable_;
   long long position_;
 };

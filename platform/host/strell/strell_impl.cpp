@@ -20,6 +20,9 @@ constexpr unsigned int seekRegionCapacity = 65536;
 constexpr uint64_t maxCacheOffset = std::numeric_limits<unsigned int>::max();
 
 unsigned int metaintOf(const CheckedSource& source) {
+  if (!source.hasHeader()) {
+    return 0;
+  }
   std::deque<std::string> lines;
   return source.getHeaderList(lines) == 0 ? icyMetaint(lines) : 0;
 }
